@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+// The FileManager calls the services need, on POSIX. Paths are QStrings made by NativePath, so names
+// that are not UTF-8 survive the round trip.
+namespace FileSystem {
+
+struct DirectoryEntry {
+    QString name;
+    QString path;
+};
+
+// fileExists(atPath:): follows symbolic links, so a dangling link does not exist.
+[[nodiscard]] bool exists(const QString &path);
+// fileExists(atPath:isDirectory:).
+[[nodiscard]] bool exists(const QString &path, bool *isDirectory);
+// True for a symbolic link itself, whether or not its target exists.
+[[nodiscard]] bool isSymbolicLink(const QString &path);
+// Logical size of the file the path names (following links); absent when it cannot be read.
+[[nodiscard]] std::optional<qint64> fileSize(const QString &path);
+
+// contentsOfDirectory(at:): the folder's immediate entries in the order the system lists them.
+// Absent when the folder cannot be listed.
+[[nodiscard]] std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, bool skipsHiddenFiles = true);
+
+// Reads a whole file, refusing files larger than maxBytes (absent then, as on any failure).
+[[nodiscard]] std::optional<QByteArray> readFile(const QString &path, qint64 maxBytes);
+
+// NSString path helpers, on strings.
+[[nodiscard]] QString lastPathComponent(const QString &path);
+[[nodiscard]] QString deletingLastPathComponent(const QString &path);
+[[nodiscard]] QString pathExtension(const QString &path);
+[[nodiscard]] QString deletingPathExtension(const QString &path);
+// An absolute, clean path string as URL(fileURLWithPath:).path gives it (no trailing slash).
+[[nodiscard]] QString standardizedPath(const QString &path);
+
+// A folder whose extension, in any letter case, marks a package that size walks do not enter.
+[[nodiscard]] bool isPackageExtension(QStringView extension);
+// The same for a raw file-name byte string, without building a QString (hot in size walks).
+[[nodiscard]] bool isPackageExtension(QLatin1StringView extension);
+
+} // namespace FileSystem

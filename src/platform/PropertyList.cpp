@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: MIT
+#include "platform/PropertyList.h"
+#include "platform/FileSystem.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+
+
+#include <plist/plist.h>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr QByteArrayView binaryMagic("bplist00");
+
+// Nesting depth of an XML plist, counted over <dict> and <array> tags outside comments, CDATA and
+// declarations. False when the depth limit is passed.
+bool xmlDepthWithinLimit(QByteArrayView xml)
+{
+    int depth = 0;
+    qsizetype i = 0;
+    const qsizetype n = xml.size();
+    auto skipPast = [&](QByteArrayView terminator) {
+        const qsizetype end = xml.indexOf(terminator, i);
+        i = end < 0 ? n : end + terminator.size();
+    };
+    while (i < n) {
+        if (xml[i] != '<') {
+            ++i;
+            continue;
+        }
+        const QByteArrayView rest = xml.sliced(i);
+        if (rest.startsWith("<!--")) {
+            skipPast("-->");
+        } else if (rest.startsWith("<![CDATA[")) {
+            skipPast("]]>");
+        } else if (rest.startsWith("<?")) {
+            skipPast("?>");
+        } else if (rest.startsWith("<!")) {
+            skipPast(">");
+        } else {
+            const bool closing = rest.size() > 1 && rest[1] == '/';
+            const QByteArrayView name = rest.sliced(std::min<qsizetype>(rest.size(), closing ? 2 : 1));
+            const bool container = name.startsWith("dict") || name.startsWith("array");
+            const qsizetype end = xml.indexOf('>', i);
+            const bool selfClosing = end > 0 && xml[end - 1] == '/';
+            if (container && closing)
+                depth = std::max(0, depth - 1);
+            else if (container && !selfClosing && ++depth > PropertyList::maximumDepth)
+                return false;
+            i = end < 0 ? n : end + 1;
+        }
+    }
+    return true;
+}
+
+// Checks a binary plist's trailer, offset table and every container's references, and measures the
+// nesting depth without recursing more than the limit. False for anything libplist must not see.
+class BinaryChecker
+{
+public:
+    explicit BinaryChecker(QByteArrayView data) : m_data(data) {}
+
+    bool check()
+    {
+        if (m_data.size() < qsizetype(binaryMagic.size()) + 32)
+            return false;
+        const qsizetype trailer = m_data.size() - 32;
+        m_offsetSize = uchar(m_data[trailer + 6]);
+        m_refSize = uchar(m_data[trailer + 7]);
+        const quint64 objectCount = readBigEndian(trailer + 8, 8);
+        const quint64 topObject = readBigEndian(trailer + 16, 8);
+        const quint64 tableOffset = readBigEndian(trailer + 24, 8);
+        if (m_offsetSize < 1 || m_offsetSize > 8 || m_refSize < 1 || m_refSize > 8)
+            return false;
+        if (objectCount == 0 || topObject >= objectCount || tableOffset >= quint64(trailer))
+            return false;
+        if (objectCount > quint64(trailer - tableOffset) / m_offsetSize)
+            return false;
+        m_objectCount = objectCount;
+        m_tableOffset = qsizetype(tableOffset);
+        m_state.assign(objectCount, Unvisited);
+        m_depth.assign(objectCount, 0);
+        return depthOf(topObject, 1) <= PropertyList::maximumDepth;
+    }
+
+private:
+    enum State : uchar { Unvisited, OnStack, Done };
+    static constexpr int tooDeep = PropertyList::maximumDepth + 1;
+
+    quint64 readBigEndian(qsizetype at, int width) const
+    {
+        quint64 value = 0;
+        for (int k = 0; k < width; ++k)
+            value = (value << 8) | uchar(m_data[at + k]);
+        return value;
+    }
+
+    // Depth of the subtree at object index, entered at the given level; tooDeep on a cycle, a broken
+    // reference or passing the limit.
+    int depthOf(quint64 index, int level)
+    {
+        if (index >= m_objectCount || level > PropertyList::maximumDepth)
+            return tooDeep;
+        if (m_state[index] == OnStack)
+            return tooDeep;
+        if (m_state[index] == Done)
+            return m_depth[index] >= tooDeep ? tooDeep : m_depth[index];
+        const quint64 offset = readBigEndian(m_tableOffset + qsizetype(index) * m_offsetSize, m_offsetSize);
+        const qsizetype end = m_tableOffset;
+        if (offset < quint64(binaryMagic.size()) || offset >= quint64(end))
+            return tooDeep;
+        qsizetype at = qsizetype(offset);
+        const uchar marker = uchar(m_data[at]);
+        const uchar type = marker >> 4;
+        // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary: the only objects that refer to others.
+        if (type < 0xA || type > 0xD) {
+            m_state[index] = Done;
+            m_depth[index] = 0;
+            return 0;
+        }
+        quint64 count = marker & 0x0F;
+        ++at;
+        if (count == 0x0F) {
+            if (at >= end || (uchar(m_data[at]) >> 4) != 0x1)
+                return tooDeep;
+            const int width = 1 << (uchar(m_data[at]) & 0x0F);
+            if (width > 8 || at + 1 + width > end)
+                return tooDeep;
+            count = readBigEndian(at + 1, width);
+            at += 1 + width;
+        }
+        const quint64 references = type == 0xD ? count * 2 : count;
+        if (count > quint64(end) || references > quint64(end - at) / m_refSize)
+            return tooDeep;
+        m_state[index] = OnStack;
+        int deepest = 0;
+        for (quint64 k = 0; k < references && deepest < tooDeep; ++k) {
+            const quint64 child = readBigEndian(at + qsizetype(k) * m_refSize, m_refSize);
+            deepest = std::max(deepest, depthOf(child, level + 1));
+        }
+        const int depth = deepest >= tooDeep ? tooDeep : deepest + 1;
+        m_state[index] = Done;
+        m_depth[index] = depth;
+        return depth;
+    }
+
+    QByteArrayView m_data;
+    int m_offsetSize = 0;
+    int m_refSize = 0;
+    quint64 m_objectCount = 0;
+    qsizetype m_tableOffset = 0;
+    std::vector<State> m_state;
+    std::vector<int> m_depth;
+};
+
+struct PlistDeleter {
+    void operator()(void *node) const { plist_free(node); }
+};
+using PlistPointer = std::unique_ptr<void, PlistDeleter>;
+
+QString takeString(char *raw)
+{
+    const QString value = QString::fromUtf8(raw ? raw : "");
+    free(raw);
+    return value;
+}
+
+QVariant toVariant(plist_t node)
+{
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        uint8_t value = 0;
+        plist_get_bool_val(node, &value);
+        return bool(value);
+    }
+    case PLIST_UINT: {
+        // libplist keeps signed integers in the same 64 bits.
+        uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return qint64(value);
+    }
+    case PLIST_REAL: {
+        double value = 0;
+        plist_get_real_val(node, &value);
+        return value;
+    }
+    case PLIST_STRING: {
+        char *raw = nullptr;
+        plist_get_string_val(node, &raw);
+        return takeString(raw);
+    }
+    case PLIST_KEY: {
+        char *raw = nullptr;
+        plist_get_key_val(node, &raw);
+        return takeString(raw);
+    }
+    case PLIST_DATA: {
+        char *raw = nullptr;
+        uint64_t length = 0;
+        plist_get_data_val(node, &raw, &length);
+        QByteArray value(raw, qsizetype(length));
+        free(raw);
+        return value;
+    }
+    case PLIST_DATE: {
+        int32_t seconds = 0, microseconds = 0;
+        plist_get_date_val(node, &seconds, &microseconds);
+        static const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), QTimeZone::utc());
+        return reference.addMSecs(qint64(seconds) * 1000 + microseconds / 1000);
+    }
+    case PLIST_UID: {
+        uint64_t value = 0;
+        plist_get_uid_val(node, &value);
+        return quint64(value);
+    }
+    case PLIST_ARRAY: {
+        QVariantList list;
+        const uint32_t size = plist_array_get_size(node);
+        list.reserve(size);
+        for (uint32_t k = 0; k < size; ++k)
+            list.append(toVariant(plist_array_get_item(node, k)));
+        return list;
+    }
+    case PLIST_DICT: {
+        QVariantMap map;
+        plist_dict_iter iterator = nullptr;
+        plist_dict_new_iter(node, &iterator);
+        for (;;) {
+            char *key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(node, iterator, &key, &value);
+            if (!value) {
+                free(key);
+                break;
+            }
+            map.insert(takeString(key), toVariant(value));
+        }
+        free(iterator);
+        return map;
+    }
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+namespace PropertyList {
+
+std::optional<QVariant> fromData(const QByteArray &data)
+{
+    if (data.isEmpty() || data.size() > maximumBytes)
+        return std::nullopt;
+    const QByteArrayView view(data);
+    plist_t root = nullptr;
+    // plist_from_bin / plist_from_xml keep the same call form across libplist 2.2 and later releases.
+    if (view.startsWith(binaryMagic)) {
+        if (!BinaryChecker(view).check())
+            return std::nullopt;
+        plist_from_bin(data.constData(), uint32_t(data.size()), &root);
+    } else {
+        if (!xmlDepthWithinLimit(view))
+            return std::nullopt;
+        plist_from_xml(data.constData(), uint32_t(data.size()), &root);
+    }
+    if (!root)
+        return std::nullopt;
+    const PlistPointer owner(root);
+    return toVariant(root);
+}
+
+std::optional<QVariant> read(const QString &path)
+{
+    const auto data = FileSystem::readFile(path, maximumBytes);
+    if (!data)
+        return std::nullopt;
+    return fromData(*data);
+}
+
+std::optional<QVariantMap> readDictionary(const QString &path)
+{
+    const auto value = read(path);
+    if (!value || value->typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    return value->toMap();
+}
+
+} // namespace PropertyList

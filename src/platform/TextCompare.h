@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+// localizedCaseInsensitiveCompare: the one comparison behind every sort of names and paths.
+namespace TextCompare {
+
+// Negative, zero or positive, as a is ordered before, the same as, or after b.
+[[nodiscard]] int localizedCaseInsensitiveCompare(const QString &a, const QString &b);
+// True exactly when a compares ordered ascending before b.
+[[nodiscard]] inline bool localizedCaseInsensitiveLess(const QString &a, const QString &b)
+{
+    return localizedCaseInsensitiveCompare(a, b) < 0;
+}
+
+} // namespace TextCompare

@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: MIT
+"""Parts of the sample-Mac generator, one module per subject, each with build(ctx)."""

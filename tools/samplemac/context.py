@@ -1,0 +1,86 @@
+# SPDX-License-Identifier: MIT
+"""What every generator module shares: where root and home are, the seeded random source, the scale,
+the apps written so far, and small writers that keep every path below the sample's root."""
+import os
+import pathlib
+import plistlib
+import random
+from dataclasses import dataclass, field
+
+
+@dataclass
+class App:
+    name: str            # the name the program should show
+    bundle_id: str       # None when the bundle declares none
+    path: pathlib.Path   # the .app bundle
+    listed: bool = True  # whether discovery should list it
+
+
+@dataclass
+class Context:
+    root: pathlib.Path
+    seed: int
+    scale: str
+    rng: random.Random = None
+    home: pathlib.Path = None
+    apps: list = field(default_factory=list)
+    # bundle identifier -> list of absolute paths that the mdfind stand-in answers for it
+    spotlight_answers: dict = field(default_factory=dict)
+
+    def __init__(self, root, seed, scale):
+        self.root = pathlib.Path(root)
+        self.seed = seed
+        self.scale = scale
+        self.rng = random.Random(seed)
+        self.home = self.root / "Users" / "ann"
+        self.apps = []
+        self.spotlight_answers = {}
+        self.home.mkdir(parents=True, exist_ok=True)
+
+    @property
+    def large(self):
+        return self.scale == "large"
+
+    def system(self, mac_path):
+        """ROOT + an absolute Mac path such as "/Library/Caches"."""
+        return self.root / mac_path.lstrip("/")
+
+    def user(self, relative):
+        """HOME + a path such as "Library/Caches"."""
+        return self.home / relative.lstrip("/")
+
+    def _inside(self, path):
+        path = pathlib.Path(path)
+        resolved = pathlib.Path(os.path.abspath(path))
+        if self.root not in resolved.parents and resolved != self.root:
+            raise ValueError(f"{path} is outside the sample Mac")
+        return path
+
+    def write(self, path, data=b""):
+        path = self._inside(path)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        if isinstance(data, str):
+            data = data.encode()
+        path.write_bytes(data)
+        return path
+
+    def noise(self, size):
+        """size bytes of deterministic filler."""
+        return self.rng.randbytes(size)
+
+    def folder(self, path):
+        path = self._inside(path)
+        path.mkdir(parents=True, exist_ok=True)
+        return path
+
+    def symlink(self, target, link):
+        link = self._inside(link)
+        link.parent.mkdir(parents=True, exist_ok=True)
+        if link.is_symlink() or link.exists():
+            link.unlink()
+        os.symlink(target, link)
+        return link
+
+    def plist(self, path, value, binary=False):
+        fmt = plistlib.FMT_BINARY if binary else plistlib.FMT_XML
+        return self.write(path, plistlib.dumps(value, fmt=fmt))

@@ -1,0 +1,6 @@
+# SPDX-License-Identifier: MIT
+"""(to be written)"""
+
+
+def build(ctx):
+    pass
