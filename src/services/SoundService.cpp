@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#include "services/SoundService.h"
+
+namespace SoundService {
+
+void playDeletionComplete()
+{
+}
+
+} // namespace SoundService
