@@ -5,6 +5,9 @@
 
 #include <QElapsedTimer>
 #include <QHash>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
@@ -274,6 +277,36 @@ private Q_SLOTS:
         QVERIFY2(m_server.hugeBytesSent < hugeBodyBytes,
                  qPrintable(QStringLiteral("the whole body was read: %1 bytes").arg(m_server.hugeBytesSent)));
         QVERIFY2(peakResidentKiB() - before < 30 * 1024, "the body was held in memory");
+    }
+
+    void commandLineShape_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QJsonObject>("expected");
+        const QJsonObject none{{"updateAvailable", false}, {"currentVersion", KESTRUNE_VERSION}};
+        QTest::newRow("offered") << "/feeds/version.json"
+                                 << QJsonObject{{"updateAvailable", true}, {"currentVersion", KESTRUNE_VERSION}, {"version", "7.1"},
+                                                {"downloadURL", "BASE/feeds/K.zip"}, {"releaseNotes", QJsonValue::Null}};
+        QTest::newRow("with notes") << "/notes.json"
+                                    << QJsonObject{{"updateAvailable", true}, {"currentVersion", KESTRUNE_VERSION}, {"version", "8"},
+                                                   {"downloadURL", "https://example.org/K.zip"}, {"releaseNotes", "New."}};
+        QTest::newRow("none") << "/missing.json" << none;
+    }
+
+    void commandLineShape()
+    {
+        QFETCH(QString, path);
+        QFETCH(QJsonObject, expected);
+        m_server.routes = {{"/feeds/version.json", response(200, "{\"version\": \"7.1\", \"downloadURL\": \"K.zip\"}")},
+                           {"/notes.json", response(200, "{\"version\": \"8\", \"downloadURL\": \"https://example.org/K.zip\", \"releaseNotes\": \" New. \"}")}};
+        if (expected.contains(QStringLiteral("downloadURL")))
+            expected.insert(QStringLiteral("downloadURL"), expected.value(QStringLiteral("downloadURL")).toString().replace("BASE", m_server.base()));
+        QProcess cli;
+        cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"),
+                  {"check-update", "--feed", m_server.base() + path, "--json"});
+        QVERIFY(QTest::qWaitFor([&] { return cli.state() == QProcess::NotRunning; }, 30000));
+        QCOMPARE(cli.exitCode(), 0);
+        QCOMPARE(QJsonDocument::fromJson(cli.readAllStandardOutput()).object(), expected);
     }
 };
 
