@@ -269,19 +269,21 @@ private Q_SLOTS:
         expectTrashed(path, "payload");
     }
 
-    void sameNameTwiceOverwritesNothing()
+    void sameNameOverwritesNothing()
     {
-        const QString path = write(QStringLiteral("com.example.plist"), "first");
-        QCOMPARE(DeletionService::moveToTrash({item(path)}).deleted.size(), 1);
-        write(QStringLiteral("com.example.plist"), "second");
-        QCOMPARE(DeletionService::moveToTrash({item(path)}).deleted.size(), 1);
-        QList<QByteArray> contents;
-        for (const Trashed &entry : trashedIn(trashFolder())) {
-            QCOMPARE(entry.originalPath, NativePath::encode(path));
-            contents.append(readBytes(trashFolder() + QStringLiteral("/files/") + entry.name));
-        }
-        std::sort(contents.begin(), contents.end());
-        QCOMPARE(contents, (QList<QByteArray>{"first", "second"}));
+        // Two same-named items in one run, then the name again in a later run.
+        const QString first = write(QStringLiteral("A/com.example.plist"), "first");
+        const QString second = write(QStringLiteral("B/com.example.plist"), "second");
+        QCOMPARE(DeletionService::moveToTrash({item(first), item(second)}).deleted.size(), 2);
+        write(QStringLiteral("A/com.example.plist"), "third");
+        QCOMPARE(DeletionService::moveToTrash({item(first)}).deleted.size(), 1);
+        QStringList restored;
+        for (const Trashed &entry : trashedIn(trashFolder()))
+            restored.append(NativePath::decode(entry.originalPath) + QLatin1Char('=')
+                            + QString::fromUtf8(readBytes(trashFolder() + QStringLiteral("/files/") + entry.name)));
+        restored.sort();
+        QCOMPARE(restored, (QStringList{first + QStringLiteral("=first"), first + QStringLiteral("=third"),
+                                        second + QStringLiteral("=second")}));
     }
 
     // GIO keeps a mount's items in the mount's own .Trash-$UID, and refuses file systems it counts as
