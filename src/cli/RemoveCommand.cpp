@@ -1,13 +1,169 @@
 // SPDX-License-Identifier: MIT
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
+#include "platform/ByteCountFormatter.h"
+#include "services/DeletionService.h"
+#include "services/LeftoverScannerService.h"
+
+#include <QJsonArray>
+#include <QTextStream>
+
+#include <unistd.h>
+
+#include <cstdio>
 
 namespace Commands {
 
+namespace {
+
+qint64 totalSize(const QList<LeftoverItem> &items)
+{
+    qint64 total = 0;
+    for (const LeftoverItem &item : items)
+        total += item.size;
+    return total;
+}
+
+QString countText(qsizetype count)
+{
+    return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
+}
+
+QString adminNote(const LeftoverItem &item)
+{
+    return item.requiresAdmin() ? QStringLiteral("  (may need administrator rights)") : QString();
+}
+
+// Lines for people go to stderr in JSON mode, so stdout stays one JSON document.
+void printList(const QList<LeftoverItem> &items, bool toStderr)
+{
+    for (const LeftoverItem &item : items) {
+        const QString line = QStringLiteral("%1  %2  %3%4")
+                                 .arg(item.formattedSize().rightJustified(10), LeftoverCategories::rawValue(item.category), item.path(), adminNote(item));
+        toStderr ? CliSupport::printError(line) : CliSupport::printLine(line);
+    }
+}
+
+bool confirmed(const QList<LeftoverItem> &items)
+{
+    const QByteArray prompt = QStringLiteral("Move %1 (%2) to the Trash? [y/N] ")
+                                  .arg(countText(items.size()), ByteCountFormatter::string(totalSize(items)))
+                                  .toUtf8();
+    std::fflush(stdout);
+    std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
+    std::fflush(stderr);
+    QTextStream input(stdin);
+    const QString answer = input.readLine().trimmed().toLower();
+    return answer == QLatin1String("y") || answer == QLatin1String("yes");
+}
+
+QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QList<QPair<LeftoverItem, QString>> &failed)
+{
+    QJsonArray deletedList;
+    for (const LeftoverItem &item : deleted)
+        deletedList.append(CliSupport::itemJson(item));
+    QJsonArray failedList;
+    for (const auto &[item, message] : failed)
+        failedList.append(QJsonObject{{QStringLiteral("item"), CliSupport::itemJson(item)}, {QStringLiteral("message"), message}});
+    return {{QStringLiteral("dryRun"), dryRun}, {QStringLiteral("deleted"), deletedList}, {QStringLiteral("failed"), failedList}};
+}
+
+} // namespace
+
 int remove(const QStringList &arguments)
 {
-    Q_UNUSED(arguments)
-    CliSupport::printError(QStringLiteral("kestrune-cli: this command is not available yet"));
-    return 1;
+    QCommandLineParser parser;
+    const QCommandLineOption orphan(QStringLiteral("orphan"), QString(), QStringLiteral("ID"));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"));
+    const QCommandLineOption yes(QStringLiteral("yes"));
+    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addOptions({orphan, dryRun, yes, json});
+    if (!CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
+        return 2;
+    const bool byGroup = parser.isSet(orphan);
+    if (byGroup == !parser.positionalArguments().isEmpty()) {
+        CliSupport::printError(byGroup ? QStringLiteral("kestrune-cli remove: give either TARGET or --orphan ID, not both")
+                                       : QStringLiteral("kestrune-cli remove: missing TARGET or --orphan ID"));
+        CliSupport::printUsage(stderr);
+        return 2;
+    }
+    const bool asJson = parser.isSet(json);
+    const bool isDryRun = parser.isSet(dryRun);
+
+    // Guessing what an unattended caller meant could cost the user's data: it must say --yes. Refused
+    // before the scan, so a script learns it at once.
+    const bool mustConfirm = !isDryRun && !parser.isSet(yes);
+    if (mustConfirm && !::isatty(STDIN_FILENO)) {
+        CliSupport::printError(QStringLiteral("kestrune-cli remove: no terminal to confirm on; pass --yes to move the items "
+                                              "to the Trash, or --dry-run to list them"));
+        return 2;
+    }
+
+    QList<LeftoverItem> items;
+    QString error;
+    if (byGroup) {
+        std::optional<OrphanedAppGroup> group;
+        CliSupport::runWithProgress(QStringLiteral("Scanning for leftovers of removed apps…"), !asJson,
+                                    [&] { group = Commands::findOrphanGroup(parser.value(orphan), &error); });
+        if (!group) {
+            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + error);
+            return 1;
+        }
+        items = group->items;
+    } else {
+        const std::optional<InstalledApp> app = Commands::resolveApp(parser.positionalArguments().constFirst(), &error);
+        if (!app) {
+            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + error);
+            return 1;
+        }
+        CliSupport::runWithProgress(QStringLiteral("Scanning %1…").arg(app->name), !asJson,
+                                    [&] { items = LeftoverScannerService::scan(*app).result().items; });
+    }
+    const QList<LeftoverItem> ordered = DeletionService::processingOrder(items);
+
+    if (isDryRun || ordered.isEmpty()) {
+        if (asJson) {
+            CliSupport::printJson(reportJson(isDryRun, isDryRun ? ordered : QList<LeftoverItem>(), {}));
+        } else if (ordered.isEmpty()) {
+            CliSupport::printLine(QStringLiteral("Nothing to move."));
+        } else {
+            printList(ordered, false);
+            CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
+                                      .arg(countText(ordered.size()), ByteCountFormatter::string(totalSize(ordered))));
+        }
+        return 0;
+    }
+
+    if (mustConfirm) {
+        printList(ordered, asJson);
+        if (!confirmed(ordered)) {
+            CliSupport::printError(QStringLiteral("Nothing was moved."));
+            return 1;
+        }
+    }
+
+    DeletionReport report;
+    CliSupport::runWithProgress(QStringLiteral("Moving to the Trash…"), !asJson,
+                                [&] { report = DeletionService::moveToTrash(ordered); });
+
+    if (asJson) {
+        CliSupport::printJson(reportJson(false, report.deleted, report.failed));
+    } else {
+        QList<QStringList> rows;
+        for (const LeftoverItem &item : report.deleted)
+            rows.append({QStringLiteral("moved"), item.formattedSize(), item.path()});
+        for (const auto &[item, message] : report.failed)
+            rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message + adminNote(item)});
+        CliSupport::printTable(rows);
+        CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
+                                  .arg(countText(report.deleted.size()), ByteCountFormatter::string(totalSize(report.deleted))));
+    }
+    if (!report.failed.isEmpty()) {
+        CliSupport::printError(QStringLiteral("kestrune-cli remove: %1 could not be moved to the Trash")
+                                   .arg(countText(report.failed.size())));
+        return 1;
+    }
+    return 0;
 }
+
 } // namespace Commands

@@ -1,13 +1,60 @@
 // SPDX-License-Identifier: MIT
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
+#include "services/UpdateCheckService.h"
+
+#include <QJsonValue>
 
 namespace Commands {
 
 int checkUpdate(const QStringList &arguments)
 {
-    Q_UNUSED(arguments)
-    CliSupport::printError(QStringLiteral("kestrune-cli: this command is not available yet"));
-    return 1;
+    QCommandLineParser parser;
+    const QCommandLineOption feedOption(QStringLiteral("feed"), QString(), QStringLiteral("URL"));
+    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addOptions({feedOption, json});
+    if (!CliSupport::parse(parser, QStringLiteral("check-update"), arguments, 0, 0))
+        return 2;
+
+    QUrl feed = UpdateCheckService::feedURL();
+    if (parser.isSet(feedOption)) {
+        feed = QUrl(parser.value(feedOption), QUrl::StrictMode);
+        if (!feed.isValid() || feed.scheme().isEmpty()) {
+            CliSupport::printError(QStringLiteral("kestrune-cli check-update: --feed takes an absolute URL, not \"%1\"")
+                                       .arg(parser.value(feedOption)));
+            CliSupport::printUsage(stderr);
+            return 2;
+        }
+    }
+
+    const bool asJson = parser.isSet(json);
+    const QString current = UpdateCheckService::currentVersion();
+    std::optional<AppUpdateInfo> update;
+    CliSupport::runWithProgress(QStringLiteral("Checking for updates…"), !asJson,
+                                [&] { update = UpdateCheckService::checkForUpdate(feed).result(); });
+
+    if (asJson) {
+        QJsonObject object{{QStringLiteral("updateAvailable"), update.has_value()},
+                           {QStringLiteral("currentVersion"), current}};
+        if (update) {
+            object.insert(QStringLiteral("version"), update->version);
+            object.insert(QStringLiteral("downloadURL"), update->downloadURL.toString(QUrl::FullyEncoded));
+            object.insert(QStringLiteral("releaseNotes"),
+                          update->releaseNotes ? QJsonValue(*update->releaseNotes) : QJsonValue(QJsonValue::Null));
+        }
+        CliSupport::printJson(object);
+        return 0;
+    }
+    // An unreachable feed and an up-to-date program give the same answer, so the text claims no more.
+    if (!update) {
+        CliSupport::printLine(QStringLiteral("No newer version offered (this is %1).").arg(current));
+        return 0;
+    }
+    CliSupport::printLine(QStringLiteral("Kestrune %1 is available (this is %2).").arg(update->version, current));
+    CliSupport::printLine(QStringLiteral("Download: ") + update->downloadURL.toString(QUrl::FullyEncoded));
+    if (update->releaseNotes)
+        CliSupport::printLine(QStringLiteral("\n") + *update->releaseNotes);
+    return 0;
 }
+
 } // namespace Commands

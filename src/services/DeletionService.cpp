@@ -1,13 +1,69 @@
 // SPDX-License-Identifier: MIT
 #include "services/DeletionService.h"
 
+#include "platform/Trash.h"
+
+#include <QTextBoundaryFinder>
+
+#include <algorithm>
+
 namespace DeletionService {
+
+namespace {
+
+// Path lengths are compared as the user sees characters (grapheme clusters), not UTF-16 units.
+qsizetype characterCount(const QString &text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    while (finder.toNextBoundary() > 0)
+        ++count;
+    return count;
+}
+
+// GIO resolves a relative path against the working folder and folds "..", so such an id could name
+// something other than what the user saw; only plain absolute paths are handed over.
+bool isPlainAbsolutePath(const QString &path)
+{
+    if (!path.startsWith(QLatin1Char('/')) || path == QLatin1String("/"))
+        return false;
+    const auto components = QStringView(path).split(QLatin1Char('/'));
+    return std::none_of(components.begin(), components.end(), [](QStringView component) {
+        return component == QLatin1String(".") || component == QLatin1String("..");
+    });
+}
+
+} // namespace
+
+QList<LeftoverItem> processingOrder(const QList<LeftoverItem> &items)
+{
+    QList<std::pair<qsizetype, LeftoverItem>> keyed;
+    keyed.reserve(items.size());
+    for (const LeftoverItem &item : items)
+        keyed.append({characterCount(item.path()), item});
+    std::stable_sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
+    QList<LeftoverItem> ordered;
+    ordered.reserve(keyed.size());
+    for (auto &entry : keyed)
+        ordered.append(std::move(entry.second));
+    return ordered;
+}
 
 DeletionReport moveToTrash(const QList<LeftoverItem> &items)
 {
     DeletionReport report;
-    for (const LeftoverItem &item : items)
-        report.failed.append({item, QStringLiteral("Moving to the Trash is not available yet.")});
+    for (const LeftoverItem &item : processingOrder(items)) {
+        if (!isPlainAbsolutePath(item.path())) {
+            report.failed.append({item, QStringLiteral("“%1” is not an absolute path, so it was not moved to the Trash.")
+                                            .arg(item.path())});
+            continue;
+        }
+        QString error;
+        if (Trash::moveToTrash(item.path(), &error))
+            report.deleted.append(item);
+        else
+            report.failed.append({item, error});
+    }
     return report;
 }
 

@@ -6,6 +6,7 @@
 #include <QFuture>
 #include <QString>
 #include <QUrl>
+#include <QVariantMap>
 
 #include <chrono>
 #include <optional>
@@ -26,6 +27,15 @@ inline constexpr std::chrono::milliseconds defaultTimeout{12000};
 // Never fails and never blocks the caller: the future holds the offered update, or nothing.
 [[nodiscard]] QFuture<std::optional<AppUpdateInfo>> checkForUpdate(const QUrl &feed = feedURL(),
                                                                    std::chrono::milliseconds timeout = defaultTimeout);
+
+// A feed body larger than this is not a release manifest; reading stops there.
+inline constexpr qint64 maximumFeedBytes = 1024 * 1024;
+
+// The program's own information list: compiled in on Linux, the bundle's Info.plist on macOS.
+[[nodiscard]] std::optional<QVariantMap> ownInformation();
+// feedURL() and currentVersion() read from the given list (absent: there is none).
+[[nodiscard]] QUrl feedURLFrom(const std::optional<QVariantMap> &information);
+[[nodiscard]] QString currentVersionFrom(const std::optional<QVariantMap> &information);
 
 [[nodiscard]] bool isVersionNewerThan(const QString &candidate, const QString &reference);
 

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+// NSSound's play() and beep().
+namespace SoundPlayer {
+
+// Starts playing the sound file on the application's thread and returns at once. False when it cannot
+// start: no application object, no audio output, or a path a URL cannot carry.
+[[nodiscard]] bool play(const QString &path);
+// The terminal bell; a window without a terminal stays silent.
+void beep();
+
+} // namespace SoundPlayer
