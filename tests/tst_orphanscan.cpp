@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("appFile");
         QTest::addColumn<QString>("appName");
         QTest::addColumn<QString>("appID");
-        QTest::newRow("same identifier") << "Example.app" << "Example" << "com.example.app";
+        QTest::newRow("same identifier") << "Example.app" << "Example" << "com.Example.app";
         QTest::newRow("identifier in other case") << "Example.app" << "Example" << "COM.Example.APP";
         QTest::newRow("identifier prefix") << "Example.app" << "Example" << "com.example";
         QTest::newRow("display name, other case") << "Other.app" << "EXAMPLE PRO" << "org.other";
@@ -114,9 +114,9 @@ private Q_SLOTS:
         QFETCH(QString, appName);
         QFETCH(QString, appID);
         install(appFile, appName, appID);
-        folder(QStringLiteral("Containers/com.example.app"));
-        folder(QStringLiteral("Saved Application State/com.example.app.savedState"));
-        prefs(QStringLiteral("com.example.app"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example Pro")}});
+        folder(QStringLiteral("Containers/com.Example.app"));
+        folder(QStringLiteral("Saved Application State/com.Example.app.savedState"));
+        prefs(QStringLiteral("com.Example.app"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example Pro")}});
         const QList<OrphanedAppGroup> groups = scan();
         QVERIFY2(groups.isEmpty(), qPrintable(ids(groups).join(u' ')));
     }

@@ -153,29 +153,36 @@ def _system_files(ctx):
 
 
 def _installed_look_alikes(ctx):
-    """Leftovers of installed apps, which the removed-app scan must leave alone."""
+    """Leftovers of installed apps, which the removed-app scan must leave alone. Names differ from the
+    ordinary leftovers the other generator module writes, so neither module changes the other's files;
+    every path is listed in ctx.orphan_look_alikes."""
     lib = ctx.user("Library")
+    written = []
+
+    def folder(path):
+        _folder_with_files(ctx, path, files=1)
+        written.append(str(path))
+
     for index, app in enumerate(ctx.apps):
         if not app.listed or not app.bundle_id:
             continue
         bundle_id = app.bundle_id
-        # Only the odd ones out: the other generator module writes the ordinary leftovers.
         variant = bundle_id.upper() if index % 2 else bundle_id
-        _folder_with_files(ctx, lib / "Containers" / f"{variant}.extension", files=1)
-        _folder_with_files(ctx, lib / "Saved Application State" / f"{variant}.savedState", files=1)
-        _folder_with_files(ctx, lib / "WebKit" / f"{variant}.webdata", files=1)
-        _folder_with_files(ctx, lib / "Group Containers" / f"ABCDE12345.{bundle_id}", files=1)
-        ctx.write(lib / "HTTPStorages" / f"{bundle_id}.binarycookies", b"cookie")
+        folder(lib / "Containers" / f"{variant}.extension")
+        folder(lib / "Saved Application State" / f"{bundle_id.upper()}.savedState")
+        folder(lib / "WebKit" / f"{variant}.webdata")
+        folder(lib / "Group Containers" / f"ZQ9XK2M4P7.{bundle_id}")
+        written.append(str(ctx.write(lib / "HTTPStorages" / f"{bundle_id}.binarycookies_v2", b"cookie")))
         if not ctx.large:
-            NEVER.extend([f"{variant}.extension", f"ABCDE12345.{bundle_id}"])
+            NEVER.extend([f"{variant}.extension", f"ZQ9XK2M4P7.{bundle_id}", bundle_id.upper()])
     for app in ctx.apps:
-        if not app.listed:
-            continue
-        # By name: an Application Support folder and a group named after the app, letter case changed.
-        _folder_with_files(ctx, lib / "Application Support" / app.name.swapcase(), files=1)
-        if app.name == "Acme Notes":
-            _prefs(ctx, "com.other.acmenotes", {"CFBundleName": "ACME NOTES"})
-            _folder_with_files(ctx, lib / "Containers" / "com.other.acmenotes", files=1)
+        # By name: an Application Support folder named after the app with its letter case changed.
+        if app.listed and app.name.swapcase() != app.name:
+            folder(lib / "Application Support" / app.name.swapcase())
+    # A removed app's preference file that gives an installed app's name, in another case.
+    _prefs(ctx, "com.other.acmenotes", {"CFBundleName": "ACME NOTES"})
+    folder(lib / "Containers" / "com.other.acmenotes")
+    ctx.orphan_look_alikes = written
 
 
 def _large(ctx):
