@@ -20,12 +20,10 @@ private Q_SLOTS:
         QTest::addColumn<bool>("expected");
         QTest::newRow("plain") << "com.example.app" << true;
         QTest::newRow("two parts") << "com.example" << true;
-        QTest::newRow("hyphens and digits") << "io.my-app2.X" << true;
         QTest::newRow("three characters") << "a.b" << false;
         QTest::newRow("exactly five") << "ab.cd" << true;
         QTest::newRow("no dot") << "abcde" << false;
         QTest::newRow("empty part") << "com..example" << false;
-        QTest::newRow("leading dot") << ".com.example" << false;
         QTest::newRow("trailing dot") << "com.example." << false;
         QTest::newRow("underscore") << "com.example_app" << false;
         QTest::newRow("space") << "Foo Bar.app" << false;
@@ -51,12 +49,10 @@ private Q_SLOTS:
         QTest::newRow("apple group") << "group.com.apple.notes" << "x" << true;
         QTest::newRow("this program") << "com.kestrune.app" << "Kestrune" << true;
         QTest::newRow("excluded name, case folded") << "" << "Google" << true;
-        QTest::newRow("excluded name with identifier") << "com.example.app" << "Microsoft" << true;
         QTest::newRow("prefix of an excluded name") << "" << "Googlefoo" << false;
         QTest::newRow("name prefix without dot") << "" << "com.applesoft" << true;
         QTest::newRow("name prefix, any case") << "" << "COM.Apple.TextEdit" << true;
         QTest::newRow("apple-like identifier without dot") << "com.applesoft.app" << "Soft" << false;
-        QTest::newRow("ordinary") << "com.example.app" << "Example" << false;
     }
     void systemArtifact()
     {
@@ -76,7 +72,6 @@ private Q_SLOTS:
         QTest::newRow("embedded") << "My Group_com.example.app x" << "com.example.app";
         QTest::newRow("embedded, greedy") << "x com.example.app.extra y" << "com.example.app.extra";
         QTest::newRow("embedded match not plausible") << "x a..b.c" << "";
-        QTest::newRow("group with bad rest") << "group.a b" << "";
         QTest::newRow("nothing") << "shared stuff" << "";
         QTest::newRow("lone surrogates") << QString::fromUtf16(u"com.x.\xDCFF\xDCFE") << "";
     }
@@ -85,14 +80,6 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, expected);
         QCOMPARE(extractBundleIDFromGroupContainer(name).value_or(QString()), expected);
-    }
-
-    void identifierTailNames()
-    {
-        QCOMPARE(nameFromIdentifierTail(QStringLiteral("com.example.Foo-Bar")).value_or(QString()), QStringLiteral("foo bar"));
-        QCOMPARE(nameFromIdentifierTail(QStringLiteral("com.example.my_tool")).value_or(QString()), QStringLiteral("my tool"));
-        QVERIFY(!nameFromIdentifierTail(QStringLiteral("com.example.io")));
-        QCOMPARE(normalizedName(QStringLiteral("Café Über-App 2")), QStringLiteral("cafberapp2"));
     }
 
     void components_data()
@@ -178,7 +165,6 @@ private Q_SLOTS:
         QTest::newRow("underscore stays") << "com.example.big_tool" << "Big_tool";
         QTest::newRow("trailing dot") << "com.example.tool." << "Tool";
         QTest::newRow("only dots") << "..." << "...";
-        QTest::newRow("double hyphen") << "com.x.a--b" << "A  B";
     }
     void displayNameFallback()
     {

@@ -6,7 +6,6 @@
 #include "services/OrphanRules.h"
 #include "services/OrphanedLeftoverScannerService.h"
 
-#include <QFile>
 #include <QTest>
 
 using namespace TestSupport;
@@ -75,8 +74,6 @@ private Q_SLOTS:
         makeFolder(m_root + QStringLiteral("/Applications"));
         useLayout(m_root, m_home);
     }
-
-    void emptyLibrary() { QVERIFY(scan().isEmpty()); }
 
     void containerAndPreference()
     {
@@ -241,19 +238,6 @@ private Q_SLOTS:
         QCOMPARE(ids(scan()), QStringList{QStringLiteral("com.example.app")});
     }
 
-    void unreadableFolderIsSkipped()
-    {
-        if (runningAsRoot())
-            QSKIP("root reads every folder; the sample-Mac run covers unreadable preference files");
-        folder(QStringLiteral("Containers/com.example.app"));
-        folder(QStringLiteral("WebKit/com.example.two"));
-        folder(QStringLiteral("HTTPStorages/com.example.two"));
-        QFile::setPermissions(lib(QStringLiteral("Containers")), QFileDevice::Permissions());
-        const QList<OrphanedAppGroup> groups = scan();
-        QFile::setPermissions(lib(QStringLiteral("Containers")), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QCOMPARE(ids(groups), QStringList{QStringLiteral("com.example.two")});
-    }
-
     void groupContainers()
     {
         folder(QStringLiteral("Group Containers/ABCDE12345.com.example.shared"));
@@ -357,15 +341,6 @@ private Q_SLOTS:
         QCOMPARE(cached, OrphanedLeftoverScannerService::performScan(true));
     }
 
-    void concurrentScansAgree()
-    {
-        folder(QStringLiteral("Containers/com.example.app"));
-        prefs(QStringLiteral("com.example.app"));
-        auto first = OrphanedLeftoverScannerService::scan();
-        auto second = OrphanedLeftoverScannerService::scan();
-        QCOMPARE(first.result(), second.result());
-        QCOMPARE(first.result().size(), 1);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestOrphanScan)
