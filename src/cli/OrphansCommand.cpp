@@ -65,7 +65,8 @@ int orphans(const QStringList &arguments)
 
 std::optional<OrphanedAppGroup> findOrphanGroup(const QString &id, QString *error)
 {
-    const QList<OrphanedAppGroup> groups = scanOrphans(true);
+    // No progress line: the caller may be in JSON mode, which never shows one.
+    const QList<OrphanedAppGroup> groups = scanOrphans(false);
     for (const OrphanedAppGroup &group : groups) {
         if (group.id == id)
             return group;
