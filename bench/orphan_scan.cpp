@@ -95,5 +95,8 @@ int main(int argc, char *argv[])
     std::printf("groups %lld, items %lld (sink %lld)\n", qlonglong(groups.size()), qlonglong(itemPaths.size()), qlonglong(sink));
     std::printf("floor_seconds %.3f\nscan_seconds %.3f\nliteral_seconds %.3f\n", floor, scan, literal);
     std::printf("ratio_vs_floor %.2f\nliteral_ratio_vs_floor %.2f\n", scan / floor, literal / floor);
+    // QTemporaryDir cannot remove the sample's names that are not UTF-8.
+    if (rootIndex <= 0)
+        QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), QStringLiteral("--"), temporary.path()});
     return 0;
 }

@@ -52,6 +52,9 @@ private Q_SLOTS:
         m_groups = OrphanedLeftoverScannerService::scan().result();
     }
 
+    // QTemporaryDir cannot remove names that are not UTF-8, which this sample holds on purpose.
+    void cleanupTestCase() { QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), QStringLiteral("--"), m_root}); }
+
     void expectedGroupsAndGrades()
     {
         const QJsonObject expected = m_expectations.value(QStringLiteral("expected")).toObject();
