@@ -404,7 +404,8 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
             group.displayName = displayName;
         if (!group.bundleIdentifier)
             group.bundleIdentifier = bundleID;
-        group.items.append(LeftoverItem::at(path, category, FileSizeCalculator::quickItemSize(path)));
+        // Sized only once its group survives: sizes play no part in the decisions before that.
+        group.items.append(LeftoverItem::at(path, category, 0));
     };
 
     scanContainers(context, addItem);
@@ -445,6 +446,8 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         if (!displayName && group.bundleIdentifier)
             displayName = context.displayNameFromPreferences(*group.bundleIdentifier);
         QList<LeftoverItem> items = group.items;
+        for (LeftoverItem &item : items)
+            item.size = FileSizeCalculator::quickItemSize(item.path());
         std::stable_sort(items.begin(), items.end(), [](const LeftoverItem &a, const LeftoverItem &b) {
             return TextCompare::localizedCaseInsensitiveLess(a.path(), b.path());
         });
