@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+// The removed-app scan over a generated sample Mac, and `kestrune-cli orphans` on it.
+#include "TestSupport.h"
+#include "services/AppDiscoveryService.h"
+#include "services/OrphanRules.h"
+#include "services/OrphanedLeftoverScannerService.h"
+#include "platform/FileSystem.h"
+#include "platform/TextCompare.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTest>
+
+using namespace TestSupport;
+
+class TestOrphanSample : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_root;
+    QList<OrphanedAppGroup> m_groups;
+    QJsonObject m_expectations;
+
+    int runCli(const QStringList &arguments, QByteArray *out, QByteArray *err = nullptr) const
+    {
+        QProcess cli;
+        cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"),
+                  QStringList{QStringLiteral("--root"), m_root, QStringLiteral("--home"), sampleHome(m_root)} + arguments);
+        if (!cli.waitForFinished(120000))
+            return -1;
+        *out = cli.readAllStandardOutput();
+        if (err)
+            *err = cli.readAllStandardError();
+        return cli.exitStatus() == QProcess::NormalExit ? cli.exitCode() : -1;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_root = m_dir.path() + QStringLiteral("/mac");
+        QString log;
+        QVERIFY2(generateSampleMac(m_root, 7, QStringLiteral("small"), &log), qPrintable(log));
+        useLayout(m_root, sampleHome(m_root));
+        QFile expectations(m_root + QStringLiteral("/.kestrune-expected-orphans.json"));
+        QVERIFY(expectations.open(QIODevice::ReadOnly));
+        m_expectations = QJsonDocument::fromJson(expectations.readAll()).object();
+        QVERIFY(!m_expectations.value(QStringLiteral("expected")).toObject().isEmpty());
+        m_groups = OrphanedLeftoverScannerService::scan().result();
+    }
+
+    // QTemporaryDir cannot remove names that are not UTF-8, which this sample holds on purpose.
+    void cleanupTestCase() { QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), QStringLiteral("--"), m_root}); }
+
+    void expectedGroupsAndGrades()
+    {
+        const QJsonObject expected = m_expectations.value(QStringLiteral("expected")).toObject();
+        for (auto it = expected.begin(); it != expected.end(); ++it) {
+            const auto group = std::find_if(m_groups.cbegin(), m_groups.cend(),
+                                            [&](const OrphanedAppGroup &g) { return g.id == it.key(); });
+            QVERIFY2(group != m_groups.cend(), qPrintable(it.key()));
+            const QJsonObject want = it.value().toObject();
+            QCOMPARE(OrphanConfidences::rawValue(group->confidence), want.value(QStringLiteral("confidence")).toString());
+            QCOMPARE(group->evidenceSummary, want.value(QStringLiteral("evidenceSummary")).toString());
+            QCOMPARE(group->displayName, want.value(QStringLiteral("displayName")).toString());
+            QCOMPARE(group->bundleIdentifier, std::optional(group->id));
+        }
+    }
+
+    void nothingThatMustStay()
+    {
+        for (const QJsonValue id : m_expectations.value(QStringLiteral("never")).toArray()) {
+            for (const OrphanedAppGroup &group : std::as_const(m_groups))
+                QVERIFY2(group.id.compare(id.toString(), Qt::CaseInsensitive) != 0, qPrintable(group.id));
+        }
+        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
+        QVERIFY(apps.size() > 5);
+        for (const OrphanedAppGroup &group : std::as_const(m_groups)) {
+            const QString id = group.id.toLower();
+            for (const InstalledApp &app : apps) {
+                QVERIFY2(group.displayName.compare(app.name, Qt::CaseInsensitive) != 0, qPrintable(group.id));
+                if (!app.bundleIdentifier)
+                    continue;
+                const QString installed = app.bundleIdentifier->toLower();
+                QVERIFY2(id != installed && !id.startsWith(installed + QLatin1Char('.')), qPrintable(group.id));
+            }
+            for (const LeftoverItem &item : group.items) {
+                QVERIFY2(!item.name().startsWith(QLatin1String("com.apple")), qPrintable(item.path()));
+                QVERIFY2(FileSystem::exists(item.path()), qPrintable(item.path()));
+            }
+        }
+    }
+
+    void orderedAndDistinct()
+    {
+        QList<OrphanedAppGroup> sorted = m_groups;
+        OrphanRules::sortGroups(sorted);
+        QCOMPARE(sorted, m_groups);
+        QSet<QString> paths;
+        for (const OrphanedAppGroup &group : std::as_const(m_groups)) {
+            QVERIFY(!group.items.isEmpty());
+            for (qsizetype i = 0; i < group.items.size(); ++i) {
+                QVERIFY2(!paths.contains(group.items.at(i).path()), qPrintable(group.items.at(i).path()));
+                paths.insert(group.items.at(i).path());
+                if (i > 0)
+                    QVERIFY(TextCompare::localizedCaseInsensitiveCompare(group.items.at(i - 1).path(), group.items.at(i).path()) <= 0);
+            }
+        }
+    }
+
+    void nonUtf8NameKeptIntact()
+    {
+        const auto reader = std::find_if(m_groups.cbegin(), m_groups.cend(),
+                                         [](const OrphanedAppGroup &g) { return g.id == QLatin1String("com.vanished.reader"); });
+        QVERIFY(reader != m_groups.cend());
+        const auto odd = std::find_if(reader->items.cbegin(), reader->items.cend(), [](const LeftoverItem &item) {
+            return item.name().contains(QChar(0xDCFF));
+        });
+        QVERIFY(odd != reader->items.cend());
+    }
+
+    void literalReadingAgrees() { QCOMPARE(OrphanedLeftoverScannerService::performScan(true), m_groups); }
+
+    void cliJsonHidesUncertain()
+    {
+        QByteArray out;
+        QCOMPARE(runCli({QStringLiteral("orphans"), QStringLiteral("--json")}, &out), 0);
+        const QJsonArray groups = QJsonDocument::fromJson(out).object().value(QStringLiteral("groups")).toArray();
+        const qsizetype uncertain = std::count_if(m_groups.cbegin(), m_groups.cend(), [](const OrphanedAppGroup &g) {
+            return g.confidence == OrphanConfidence::uncertain;
+        });
+        QVERIFY(uncertain > 0);
+        QCOMPARE(groups.size(), m_groups.size() - uncertain);
+        for (const QJsonValue value : groups) {
+            const QJsonObject group = value.toObject();
+            QVERIFY(group.value(QStringLiteral("confidence")).toString() != QLatin1String("Uncertain match"));
+            for (const char *key : {"id", "displayName", "bundleIdentifier", "evidenceSummary", "formattedTotalSize"})
+                QVERIFY2(group.value(QLatin1String(key)).isString(), key);
+            QVERIFY(group.value(QStringLiteral("totalSize")).isDouble());
+            const QJsonArray items = group.value(QStringLiteral("items")).toArray();
+            QVERIFY(!items.isEmpty());
+            qint64 sum = 0;
+            for (const QJsonValue item : items) {
+                QVERIFY(item.toObject().value(QStringLiteral("requiresAdmin")).isBool());
+                QVERIFY(item.toObject().value(QStringLiteral("category")).isString());
+                sum += item.toObject().value(QStringLiteral("size")).toInteger();
+            }
+            QCOMPARE(group.value(QStringLiteral("totalSize")).toInteger(), sum);
+        }
+    }
+
+    void cliAllMatchesTheScan()
+    {
+        QByteArray out;
+        QCOMPARE(runCli({QStringLiteral("orphans"), QStringLiteral("--all"), QStringLiteral("--json")}, &out), 0);
+        const QJsonArray groups = QJsonDocument::fromJson(out).object().value(QStringLiteral("groups")).toArray();
+        QCOMPARE(groups.size(), m_groups.size());
+        for (qsizetype i = 0; i < groups.size(); ++i) {
+            QCOMPARE(groups.at(i).toObject().value(QStringLiteral("id")).toString(), m_groups.at(i).id);
+            QCOMPARE(groups.at(i).toObject().value(QStringLiteral("confidence")).toString(),
+                     OrphanConfidences::rawValue(m_groups.at(i).confidence));
+        }
+    }
+
+    void cliHumanOutput()
+    {
+        QByteArray out;
+        QCOMPARE(runCli({QStringLiteral("orphans")}, &out), 0);
+        const QString text = QString::fromUtf8(out);
+        QVERIFY(text.contains(QStringLiteral("[Likely removed app] Writer Pro")));
+        QVERIFY(text.contains(QStringLiteral("Strong match across 2 locations: Containers, Preferences.")));
+        QVERIFY(!text.contains(QStringLiteral("[Uncertain match]")));
+        QVERIFY(text.contains(QStringLiteral("--all shows them")));
+        QByteArray err;
+        QCOMPARE(runCli({QStringLiteral("orphans"), QStringLiteral("--bogus")}, &out, &err), 2);
+        QVERIFY(!err.isEmpty());
+        QCOMPARE(runCli({QStringLiteral("orphans"), QStringLiteral("extra")}, &out, &err), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestOrphanSample)
+#include "tst_orphansample.moc"
