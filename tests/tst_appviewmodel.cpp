@@ -4,6 +4,9 @@
 
 #include <QAbstractItemModelTester>
 #include <QProcess>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
 #include <QPromise>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -108,6 +111,12 @@ QString status(const AppViewModel &model)
 }
 
 } // namespace
+
+// A bare root object for QML snippets, so the test needs no QML module beyond its own types.
+class Probe : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+};
 
 class AppViewModelTest : public QObject {
     Q_OBJECT
@@ -700,6 +709,51 @@ private Q_SLOTS:
         QVERIFY(!model().availableUpdate());
         QCOMPARE(status(model()), QStringLiteral("You're on the latest version (v1.2.0)."));
         QCOMPARE(update.count(), 4);
+    }
+
+    void readableFromQml()
+    {
+        // The window binds to these names; a typo in a property or role name only shows up here.
+        qmlRegisterTypesAndRevisions<Probe, AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel>(
+            "Kestrune.Test", 1);
+        qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune.Test", 1);
+        const InstalledApp alpha = app(QStringLiteral("Alpha"), QStringLiteral("com.example.alpha"));
+        loadAndScan({alpha}, resultOf(alpha, 2));
+        model().toggleSelection(resultOf(alpha, 2).items.at(2));
+
+        QQmlEngine engine;
+        engine.rootContext()->setContextProperty(QStringLiteral("viewModel"), &model());
+        QQmlComponent component(&engine);
+        component.setData(R"(
+            import Kestrune.Test
+            Probe {
+                property bool installed: viewModel.sidebarMode === SidebarMode.Installed
+                property string appName: viewModel.selectedApp.name
+                property bool hasResult: viewModel.scanResult.valid && viewModel.activeScanResult.itemCount === 3
+                property int apps: viewModel.filteredApps.count
+                property int ticked: viewModel.selectedItems.count
+                property string total: viewModel.formattedSelectedTotalSize
+                property bool noUpdate: !viewModel.availableUpdate.valid
+                function leave() { viewModel.switchSidebarMode(SidebarMode.Removed) }
+            })",
+                          QUrl(QStringLiteral("qrc:/smoke.qml")));
+        std::unique_ptr<QObject> root(component.create());
+        QVERIFY2(root, qPrintable(component.errorString()));
+        QCOMPARE(root->property("installed").toBool(), true);
+        QCOMPARE(root->property("appName").toString(), QStringLiteral("Alpha"));
+        QCOMPARE(root->property("hasResult").toBool(), true);
+        QCOMPARE(root->property("apps").toInt(), 1);
+        QCOMPARE(root->property("ticked").toInt(), 2);
+        QCOMPARE(root->property("total").toString(), QStringLiteral("1 KB"));
+        QCOMPARE(root->property("noUpdate").toBool(), true);
+
+        const QHash<int, QByteArray> roles = model().activeItemsModel()->roleNames();
+        QVERIFY(roles.values().contains("formattedSize") && roles.values().contains("isSelected"));
+
+        QMetaObject::invokeMethod(root.get(), "leave");
+        QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
+        QCOMPARE(root->property("installed").toBool(), false);
+        QCOMPARE(root->property("appName").toString(), QString());
     }
 };
 
