@@ -110,6 +110,43 @@ QString status(const AppViewModel &model)
     return model.statusMessage().value_or(QStringLiteral("<none>"));
 }
 
+
+// Names of the field notifications in the order they are sent; derived lists are left out.
+class FieldLog : public QObject {
+public:
+    explicit FieldLog(AppViewModel *model)
+    {
+        using Signal = void (AppViewModel::*)();
+        const std::initializer_list<std::pair<const char *, Signal>> fields = {
+            {"sidebarMode", &AppViewModel::sidebarModeChanged},
+            {"apps", &AppViewModel::appsChanged},
+            {"selectedApp", &AppViewModel::selectedAppChanged},
+            {"orphanedGroups", &AppViewModel::orphanedGroupsChanged},
+            {"selectedOrphan", &AppViewModel::selectedOrphanChanged},
+            {"searchText", &AppViewModel::searchTextChanged},
+            {"scanResult", &AppViewModel::scanResultChanged},
+            {"selectedItemIDs", &AppViewModel::selectedItemIDsChanged},
+            {"isLoadingApps", &AppViewModel::isLoadingAppsChanged},
+            {"isScanning", &AppViewModel::isScanningChanged},
+            {"isScanningOrphans", &AppViewModel::isScanningOrphansChanged},
+            {"isDeleting", &AppViewModel::isDeletingChanged},
+            {"statusMessage", &AppViewModel::statusMessageChanged},
+            {"showDeleteConfirmation", &AppViewModel::showDeleteConfirmationChanged},
+            {"isDropProcessing", &AppViewModel::isDropProcessingChanged},
+            {"lastDeletionReport", &AppViewModel::lastDeletionReportChanged},
+            {"availableUpdate", &AppViewModel::availableUpdateChanged},
+            {"isCheckingForUpdate", &AppViewModel::isCheckingForUpdateChanged},
+        };
+        for (const auto &[name, signal] : fields) {
+            const QString field = QString::fromLatin1(name);
+            connect(model, signal, this, [this, field] { entries.append(field); });
+        }
+    }
+    QStringList take() { return std::exchange(entries, {}); }
+
+    QStringList entries;
+};
+
 } // namespace
 
 // A bare root object for QML snippets, so the test needs no QML module beyond its own types.
@@ -709,6 +746,42 @@ private Q_SLOTS:
         QVERIFY(!model().availableUpdate());
         QCOMPARE(status(model()), QStringLiteral("You're on the latest version (v1.2.0)."));
         QCOMPARE(update.count(), 4);
+    }
+
+    void resultsApplyInTheirStepOrder()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        FieldLog log(&model());
+        model().loadApps();
+        log.take();
+        fakes().discovery.finish(0, {alpha});
+        QCOMPARE(log.take(), (QStringList{"apps", "selectedApp", "isLoadingApps"}));
+
+        model().scanSelectedApp();
+        QCOMPARE(log.take(), (QStringList{"isScanning", "statusMessage", "scanResult", "selectedItemIDs", "lastDeletionReport"}));
+        fakes().scans.finish(0, resultOf(alpha, 1));
+        QCOMPARE(log.take(), (QStringList{"scanResult", "selectedItemIDs", "isScanning", "statusMessage"}));
+
+        model().deleteSelectedItems();
+        QCOMPARE(log.take(), (QStringList{"isDeleting", "statusMessage"}));
+        fakes().trashRuns.finish(0, DeletionReport{resultOf(alpha, 1).items, {}});
+        QCOMPARE(log.take(), (QStringList{"lastDeletionReport", "isDeleting", "statusMessage"}));
+        fakes().discovery.finish(1, {});
+        QCOMPARE(log.take(), (QStringList{"apps", "scanResult", "selectedItemIDs", "selectedApp"}));
+
+        model().switchSidebarMode(SidebarMode::Removed);
+        QCOMPARE(log.take(), (QStringList{"sidebarMode", "searchText", "selectedItemIDs", "lastDeletionReport",
+                                          "statusMessage", "scanResult", "selectedApp", "isScanningOrphans",
+                                          "statusMessage", "orphanedGroups", "selectedOrphan", "selectedItemIDs",
+                                          "lastDeletionReport"}));
+        fakes().removedScans.finish(0, {group(QStringLiteral("Gone"), OrphanConfidence::high)});
+        QCOMPARE(log.take(), (QStringList{"orphanedGroups", "selectedOrphan", "selectedItemIDs", "isScanningOrphans",
+                                          "statusMessage"}));
+
+        model().checkForUpdates(true);
+        log.take();
+        fakes().updateChecks.finish(0, AppUpdateInfo{QStringLiteral("9"), QUrl(QStringLiteral("https://example.com")), {}});
+        QCOMPARE(log.take(), (QStringList{"isCheckingForUpdate", "availableUpdate", "statusMessage"}));
     }
 
     void readableFromQml()
