@@ -191,7 +191,7 @@ private Q_SLOTS:
         for (QAbstractItemModel *list : std::initializer_list<QAbstractItemModel *>{
                  m_model->appsModel(), m_model->orphanedGroupsModel(), m_model->visibleOrphansModel(),
                  m_model->filteredAppsModel(), m_model->filteredOrphansModel(), m_model->activeItemsModel(),
-                 m_model->selectedItemsModel()}) {
+                 m_model->activeCategoriesModel(), m_model->selectedItemsModel()}) {
             m_testers.append(std::make_shared<QAbstractItemModelTester>(
                 list, QAbstractItemModelTester::FailureReportingMode::QtTest));
         }
@@ -441,7 +441,7 @@ private Q_SLOTS:
     {
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         ScanResult result = resultOf(alpha, 2);
-        result.items.append(item(QStringLiteral("/Users/ann/Library/Preferences/alpha.plist"), LeftoverCategory::preferences));
+        result.items.insert(1, item(QStringLiteral("/Users/ann/Library/Preferences/alpha.plist"), LeftoverCategory::preferences));
         // Ticks without an active result stay as they are.
         model().toggleSelection(result.items.at(0));
         model().selectAll();
@@ -454,12 +454,26 @@ private Q_SLOTS:
         QSignalSpy ids(&model(), &AppViewModel::selectedItemIDsChanged);
         QSignalSpy dataChanged(model().activeItemsModel(), &QAbstractItemModel::dataChanged);
         model().setSelection(LeftoverCategory::caches, false);
-        QCOMPARE(model().selectedItems(), (QList<LeftoverItem>{result.items.at(0), result.items.at(3)}));
+        QCOMPARE(model().selectedItems(), (QList<LeftoverItem>{result.items.at(0), result.items.at(1)}));
         QCOMPARE(dataChanged.count(), 2);
+        // Sections follow the category order, not the result's, and count their ticks.
+        const auto *sections = model().activeCategoriesModel();
+        QStringList sectionText;
+        for (int row = 0; row < sections->rowCount(); ++row) {
+            const QModelIndex index = sections->index(row);
+            sectionText.append(QStringLiteral("%1 %2/%3")
+                                   .arg(index.data(int(CategorySectionListModel::Role::category)).toString())
+                                   .arg(index.data(int(CategorySectionListModel::Role::selectedCount)).toInt())
+                                   .arg(index.data(int(CategorySectionListModel::Role::itemCount)).toInt()));
+        }
+        QCOMPARE(sectionText, (QStringList{"Application 1/1", "Caches 0/2", "Preferences 1/1"}));
+        QCOMPARE(model().activeItemsModel()->index(3).data(int(LeftoverItemListModel::Role::id)).toString(),
+                 result.items.at(1).id);
         model().toggleSelection(result.items.at(0));
         model().setSelection(LeftoverCategory::caches, true);
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         QCOMPARE(model().selectedTotalSize(), 3000);
+        QCOMPARE(sections->index(0).data(int(CategorySectionListModel::Role::selectedCount)).toInt(), 0);
         QCOMPARE(model().formattedSelectedTotalSize(), QStringLiteral("3 KB"));
         model().toggleItemSelection(QStringLiteral("/elsewhere")); // an id of no item counts for nothing
         QCOMPARE(model().selectedItems(), result.items.mid(1));
@@ -787,7 +801,8 @@ private Q_SLOTS:
     void readableFromQml()
     {
         // The window binds to these names; a typo in a property or role name only shows up here.
-        qmlRegisterTypesAndRevisions<Probe, AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel>(
+        qmlRegisterTypesAndRevisions<Probe, AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel,
+                                     CategorySectionListModel>(
             "Kestrune.Test", 1);
         qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune.Test", 1);
         const InstalledApp alpha = app(QStringLiteral("Alpha"), QStringLiteral("com.example.alpha"));

@@ -321,7 +321,26 @@ void AppViewModel::refreshDerived()
     m_filteredOrphansModel.setRecords(filteredOrphans());
 
     const std::optional<ScanResult> active = activeScanResult();
-    m_activeItemsModel.setRecords(active ? active->items : QList<LeftoverItem>(), m_selectedItemIDs);
+    QList<LeftoverItem> displayOrder;
+    QList<CategorySectionListModel::Section> sections;
+    if (active) {
+        displayOrder.reserve(active->items.size());
+        for (LeftoverCategory category : LeftoverCategories::allCases) {
+            CategorySectionListModel::Section section{category, 0, 0, 0};
+            for (const LeftoverItem &item : active->items) {
+                if (item.category != category)
+                    continue;
+                displayOrder.append(item);
+                ++section.itemCount;
+                section.selectedCount += m_selectedItemIDs.contains(item.id) ? 1 : 0;
+                section.size += item.size;
+            }
+            if (section.itemCount > 0)
+                sections.append(section);
+        }
+    }
+    m_activeItemsModel.setRecords(displayOrder, m_selectedItemIDs);
+    m_activeCategoriesModel.setSections(sections);
     if (active != m_lastActiveScanResult) {
         m_lastActiveScanResult = active;
         Q_EMIT activeScanResultChanged();

@@ -74,6 +74,7 @@ class AppViewModel : public QObject {
     Q_PROPERTY(OrphanGroupListModel *filteredOrphans READ filteredOrphansModel CONSTANT)
     Q_PROPERTY(ScanResultValue activeScanResult READ activeScanResultValue NOTIFY activeScanResultChanged)
     Q_PROPERTY(LeftoverItemListModel *activeItems READ activeItemsModel CONSTANT)
+    Q_PROPERTY(CategorySectionListModel *activeCategories READ activeCategoriesModel CONSTANT)
     Q_PROPERTY(LeftoverItemListModel *selectedItems READ selectedItemsModel CONSTANT)
     Q_PROPERTY(qint64 selectedTotalSize READ selectedTotalSize NOTIFY selectedItemsChanged)
     Q_PROPERTY(QString formattedSelectedTotalSize READ formattedSelectedTotalSize NOTIFY selectedItemsChanged)
@@ -130,6 +131,7 @@ public:
     [[nodiscard]] OrphanGroupListModel *filteredOrphansModel() { return &m_filteredOrphansModel; }
     [[nodiscard]] ScanResultValue activeScanResultValue() const { return ScanResultValue(activeScanResult()); }
     [[nodiscard]] LeftoverItemListModel *activeItemsModel() { return &m_activeItemsModel; }
+    [[nodiscard]] CategorySectionListModel *activeCategoriesModel() { return &m_activeCategoriesModel; }
     [[nodiscard]] LeftoverItemListModel *selectedItemsModel() { return &m_selectedItemsModel; }
 
     Q_INVOKABLE void loadApps();
@@ -252,6 +254,7 @@ private:
     InstalledAppListModel m_filteredAppsModel;
     OrphanGroupListModel m_filteredOrphansModel;
     LeftoverItemListModel m_activeItemsModel;
+    CategorySectionListModel m_activeCategoriesModel;
     LeftoverItemListModel m_selectedItemsModel;
     std::optional<ScanResult> m_lastActiveScanResult;
     QList<LeftoverItem> m_lastSelectedItems;

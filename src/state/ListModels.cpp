@@ -3,6 +3,7 @@
 
 #include "models/LeftoverCategory.h"
 #include "models/OrphanConfidence.h"
+#include "platform/ByteCountFormatter.h"
 
 namespace {
 
@@ -165,5 +166,61 @@ void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const
             const QModelIndex changed = index(row);
             Q_EMIT dataChanged(changed, changed, {roleOf(Role::isSelected)});
         }
+    }
+}
+
+CategorySectionListModel::CategorySectionListModel(QObject *parent) : QAbstractListModel(parent) {}
+
+int CategorySectionListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_sections.size());
+}
+
+QVariant CategorySectionListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const Section &section = m_sections.at(index.row());
+    switch (Role(role)) {
+    case Role::category: return LeftoverCategories::rawValue(section.category);
+    case Role::systemLevel: return LeftoverCategories::systemLevel(section.category);
+    case Role::itemCount: return section.itemCount;
+    case Role::selectedCount: return section.selectedCount;
+    case Role::size: return section.size;
+    case Role::formattedSize: return ByteCountFormatter::string(section.size);
+    }
+    return {};
+}
+
+QHash<int, QByteArray> CategorySectionListModel::roleNames() const
+{
+    return {{roleOf(Role::category), "category"},
+            {roleOf(Role::systemLevel), "systemLevel"},
+            {roleOf(Role::itemCount), "itemCount"},
+            {roleOf(Role::selectedCount), "selectedCount"},
+            {roleOf(Role::size), "size"},
+            {roleOf(Role::formattedSize), "formattedSize"}};
+}
+
+void CategorySectionListModel::setSections(const QList<Section> &sections)
+{
+    const auto sameCategories = [&] {
+        return std::equal(m_sections.cbegin(), m_sections.cend(), sections.cbegin(), sections.cend(),
+                          [](const Section &a, const Section &b) { return a.category == b.category; });
+    };
+    if (!sameCategories()) {
+        const bool countChanges = m_sections.size() != sections.size();
+        beginResetModel();
+        m_sections = sections;
+        endResetModel();
+        if (countChanges)
+            Q_EMIT countChanged();
+        return;
+    }
+    for (int row = 0; row < sections.size(); ++row) {
+        if (m_sections.at(row) == sections.at(row))
+            continue;
+        m_sections[row] = sections.at(row);
+        Q_EMIT dataChanged(index(row), index(row));
     }
 }

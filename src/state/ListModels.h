@@ -70,7 +70,8 @@ private:
     QList<OrphanedAppGroup> m_records;
 };
 
-// Items of a result with their tick: the detail pane sections them by `category`.
+// Items of a result with their tick, in display order: by category in declaration order, then in the
+// result's order, so a view can section them by `category`.
 class LeftoverItemListModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -103,4 +104,39 @@ Q_SIGNALS:
 private:
     QList<LeftoverItem> m_records;
     QSet<QString> m_selectedIDs;
+};
+
+// One row per category that holds items of the active result, for the section headers and their
+// select-all boxes.
+class CategorySectionListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by AppViewModel")
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    enum class Role { category = Qt::UserRole + 1, systemLevel, itemCount, selectedCount, size, formattedSize };
+
+    struct Section {
+        LeftoverCategory category = LeftoverCategory::other;
+        int itemCount = 0;
+        int selectedCount = 0;
+        qint64 size = 0;
+
+        friend bool operator==(const Section &, const Section &) = default;
+    };
+
+    explicit CategorySectionListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] const QList<Section> &sections() const { return m_sections; }
+    void setSections(const QList<Section> &sections);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    QList<Section> m_sections;
 };
