@@ -822,6 +822,7 @@ private Q_SLOTS:
                 property int ticked: viewModel.selectedItems.count
                 property string total: viewModel.formattedSelectedTotalSize
                 property bool noUpdate: !viewModel.availableUpdate.valid
+                property string removedTitle: viewModel.sidebarModeTitle(SidebarMode.Removed)
                 function leave() { viewModel.switchSidebarMode(SidebarMode.Removed) }
             })",
                           QUrl(QStringLiteral("qrc:/smoke.qml")));
@@ -834,6 +835,7 @@ private Q_SLOTS:
         QCOMPARE(root->property("ticked").toInt(), 2);
         QCOMPARE(root->property("total").toString(), QStringLiteral("1 KB"));
         QCOMPARE(root->property("noUpdate").toBool(), true);
+        QCOMPARE(root->property("removedTitle").toString(), QStringLiteral("Removed Apps"));
 
         const QHash<int, QByteArray> roles = model().activeItemsModel()->roleNames();
         QVERIFY(roles.values().contains("formattedSize") && roles.values().contains("isSelected"));

@@ -154,6 +154,9 @@ public:
     Q_INVOKABLE void dismissAvailableUpdate();
     Q_INVOKABLE void openAvailableUpdateDownload();
 
+    // The mode picker's labels, which QML cannot reach through the namespace.
+    Q_INVOKABLE static QString sidebarModeTitle(SidebarModes::Mode mode) { return SidebarModes::rawValue(mode); }
+
     // The lists hand over a row's id; an id that is not found selects nothing.
     Q_INVOKABLE void selectAppById(const QString &id);
     Q_INVOKABLE void selectOrphanById(const QString &id);
