@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
@@ -347,6 +348,12 @@ private Q_SLOTS:
         fakes().scans.promises.first().reset(); // a promise dropped unfinished cancels its future
         QVERIFY(!model().isScanning());
         QCOMPARE(status(model()), QStringLiteral("Found 0 related items (Zero KB)."));
+
+        model().switchSidebarMode(SidebarMode::Removed);
+        fakes().removedScans.promises.first()->setException(std::make_exception_ptr(std::runtime_error("disk gone")));
+        fakes().removedScans.promises.first()->finish();
+        QVERIFY(!model().isScanningOrphans());
+        QCOMPARE(status(model()), QStringLiteral("No confident leftovers from removed apps were found."));
     }
 
     void removedScanStatus_data()
