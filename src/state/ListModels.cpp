@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+#include "state/ListModels.h"
+
+#include "models/LeftoverCategory.h"
+#include "models/OrphanConfidence.h"
+#include "platform/ByteCountFormatter.h"
+
+namespace {
+
+template<typename Role>
+int roleOf(Role role)
+{
+    return int(role);
+}
+
+} // namespace
+
+InstalledAppListModel::InstalledAppListModel(QObject *parent) : QAbstractListModel(parent) {}
+
+int InstalledAppListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_records.size());
+}
+
+QVariant InstalledAppListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const InstalledApp &app = m_records.at(index.row());
+    switch (Role(role)) {
+    case Role::id: return app.id;
+    case Role::name: return app.name;
+    case Role::path: return app.path;
+    case Role::bundleIdentifier: return app.bundleIdentifier.value_or(QString());
+    case Role::size: return app.size;
+    case Role::formattedSize: return app.formattedSize();
+    }
+    return {};
+}
+
+QHash<int, QByteArray> InstalledAppListModel::roleNames() const
+{
+    return {{roleOf(Role::id), "id"},
+            {roleOf(Role::name), "name"},
+            {roleOf(Role::path), "path"},
+            {roleOf(Role::bundleIdentifier), "bundleIdentifier"},
+            {roleOf(Role::size), "size"},
+            {roleOf(Role::formattedSize), "formattedSize"}};
+}
+
+void InstalledAppListModel::setRecords(const QList<InstalledApp> &records)
+{
+    if (m_records == records)
+        return;
+    const bool countChanges = m_records.size() != records.size();
+    beginResetModel();
+    m_records = records;
+    endResetModel();
+    if (countChanges)
+        Q_EMIT countChanged();
+}
+
+OrphanGroupListModel::OrphanGroupListModel(QObject *parent) : QAbstractListModel(parent) {}
+
+int OrphanGroupListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_records.size());
+}
+
+QVariant OrphanGroupListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const OrphanedAppGroup &group = m_records.at(index.row());
+    switch (Role(role)) {
+    case Role::id: return group.id;
+    case Role::displayName: return group.displayName;
+    case Role::bundleIdentifier: return group.bundleIdentifier.value_or(QString());
+    case Role::confidence: return OrphanConfidences::rawValue(group.confidence);
+    case Role::evidenceSummary: return group.evidenceSummary;
+    case Role::itemCount: return int(group.items.size());
+    case Role::size: return group.totalSize();
+    case Role::formattedSize: return group.formattedTotalSize();
+    }
+    return {};
+}
+
+QHash<int, QByteArray> OrphanGroupListModel::roleNames() const
+{
+    return {{roleOf(Role::id), "id"},
+            {roleOf(Role::displayName), "displayName"},
+            {roleOf(Role::bundleIdentifier), "bundleIdentifier"},
+            {roleOf(Role::confidence), "confidence"},
+            {roleOf(Role::evidenceSummary), "evidenceSummary"},
+            {roleOf(Role::itemCount), "itemCount"},
+            {roleOf(Role::size), "size"},
+            {roleOf(Role::formattedSize), "formattedSize"}};
+}
+
+void OrphanGroupListModel::setRecords(const QList<OrphanedAppGroup> &records)
+{
+    if (m_records == records)
+        return;
+    const bool countChanges = m_records.size() != records.size();
+    beginResetModel();
+    m_records = records;
+    endResetModel();
+    if (countChanges)
+        Q_EMIT countChanged();
+}
+
+LeftoverItemListModel::LeftoverItemListModel(QObject *parent) : QAbstractListModel(parent) {}
+
+int LeftoverItemListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_records.size());
+}
+
+QVariant LeftoverItemListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const LeftoverItem &item = m_records.at(index.row());
+    switch (Role(role)) {
+    case Role::id: return item.id;
+    case Role::name: return item.name();
+    case Role::path: return item.path();
+    case Role::category: return LeftoverCategories::rawValue(item.category);
+    case Role::size: return item.size;
+    case Role::formattedSize: return item.formattedSize();
+    case Role::requiresAdmin: return item.requiresAdmin();
+    case Role::isSelected: return m_selectedIDs.contains(item.id);
+    }
+    return {};
+}
+
+QHash<int, QByteArray> LeftoverItemListModel::roleNames() const
+{
+    return {{roleOf(Role::id), "id"},
+            {roleOf(Role::name), "name"},
+            {roleOf(Role::path), "path"},
+            {roleOf(Role::category), "category"},
+            {roleOf(Role::size), "size"},
+            {roleOf(Role::formattedSize), "formattedSize"},
+            {roleOf(Role::requiresAdmin), "requiresAdmin"},
+            {roleOf(Role::isSelected), "isSelected"}};
+}
+
+void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs)
+{
+    if (m_records != records) {
+        const bool countChanges = m_records.size() != records.size();
+        beginResetModel();
+        m_records = records;
+        m_selectedIDs = selectedIDs;
+        endResetModel();
+        if (countChanges)
+            Q_EMIT countChanged();
+        return;
+    }
+    const QSet<QString> previous = std::exchange(m_selectedIDs, selectedIDs);
+    // A tick only changes one role; a reset would close the view's sections.
+    for (int row = 0; row < m_records.size(); ++row) {
+        const QString &id = m_records.at(row).id;
+        if (previous.contains(id) != m_selectedIDs.contains(id)) {
+            const QModelIndex changed = index(row);
+            Q_EMIT dataChanged(changed, changed, {roleOf(Role::isSelected)});
+        }
+    }
+}
+
+CategorySectionListModel::CategorySectionListModel(QObject *parent) : QAbstractListModel(parent) {}
+
+int CategorySectionListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_sections.size());
+}
+
+QVariant CategorySectionListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    const Section &section = m_sections.at(index.row());
+    switch (Role(role)) {
+    case Role::category: return LeftoverCategories::rawValue(section.category);
+    case Role::systemLevel: return LeftoverCategories::systemLevel(section.category);
+    case Role::itemCount: return section.itemCount;
+    case Role::selectedCount: return section.selectedCount;
+    case Role::size: return section.size;
+    case Role::formattedSize: return ByteCountFormatter::string(section.size);
+    }
+    return {};
+}
+
+QHash<int, QByteArray> CategorySectionListModel::roleNames() const
+{
+    return {{roleOf(Role::category), "category"},
+            {roleOf(Role::systemLevel), "systemLevel"},
+            {roleOf(Role::itemCount), "itemCount"},
+            {roleOf(Role::selectedCount), "selectedCount"},
+            {roleOf(Role::size), "size"},
+            {roleOf(Role::formattedSize), "formattedSize"}};
+}
+
+void CategorySectionListModel::setSections(const QList<Section> &sections)
+{
+    const auto sameCategories = [&] {
+        return std::equal(m_sections.cbegin(), m_sections.cend(), sections.cbegin(), sections.cend(),
+                          [](const Section &a, const Section &b) { return a.category == b.category; });
+    };
+    if (!sameCategories()) {
+        const bool countChanges = m_sections.size() != sections.size();
+        beginResetModel();
+        m_sections = sections;
+        endResetModel();
+        if (countChanges)
+            Q_EMIT countChanged();
+        return;
+    }
+    for (int row = 0; row < sections.size(); ++row) {
+        if (m_sections.at(row) == sections.at(row))
+            continue;
+        m_sections[row] = sections.at(row);
+        Q_EMIT dataChanged(index(row), index(row));
+    }
+}

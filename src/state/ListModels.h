@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "models/InstalledApp.h"
+#include "models/LeftoverItem.h"
+#include "models/OrphanedAppGroup.h"
+
+#include <QAbstractListModel>
+#include <QList>
+#include <QSet>
+#include <QtQml/qqmlregistration.h>
+
+// The view model owns these and refills them; a refill with equal rows sends no reset, so a view keeps
+// its scroll position and current row across unrelated state changes.
+
+class InstalledAppListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by AppViewModel")
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    enum class Role { id = Qt::UserRole + 1, name, path, bundleIdentifier, size, formattedSize };
+
+    explicit InstalledAppListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] const QList<InstalledApp> &records() const { return m_records; }
+    void setRecords(const QList<InstalledApp> &records);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    QList<InstalledApp> m_records;
+};
+
+class OrphanGroupListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by AppViewModel")
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    enum class Role {
+        id = Qt::UserRole + 1,
+        displayName,
+        bundleIdentifier,
+        confidence,
+        evidenceSummary,
+        itemCount,
+        size,
+        formattedSize,
+    };
+
+    explicit OrphanGroupListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] const QList<OrphanedAppGroup> &records() const { return m_records; }
+    void setRecords(const QList<OrphanedAppGroup> &records);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    QList<OrphanedAppGroup> m_records;
+};
+
+// Items of a result with their tick, in display order: by category in declaration order, then in the
+// result's order, so a view can section them by `category`.
+class LeftoverItemListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by AppViewModel")
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    enum class Role {
+        id = Qt::UserRole + 1,
+        name,
+        path,
+        category,
+        size,
+        formattedSize,
+        requiresAdmin,
+        isSelected,
+    };
+
+    explicit LeftoverItemListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] const QList<LeftoverItem> &records() const { return m_records; }
+    void setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    QList<LeftoverItem> m_records;
+    QSet<QString> m_selectedIDs;
+};
+
+// One row per category that holds items of the active result, for the section headers and their
+// select-all boxes.
+class CategorySectionListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by AppViewModel")
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    enum class Role { category = Qt::UserRole + 1, systemLevel, itemCount, selectedCount, size, formattedSize };
+
+    struct Section {
+        LeftoverCategory category = LeftoverCategory::other;
+        int itemCount = 0;
+        int selectedCount = 0;
+        qint64 size = 0;
+
+        friend bool operator==(const Section &, const Section &) = default;
+    };
+
+    explicit CategorySectionListModel(QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] const QList<Section> &sections() const { return m_sections; }
+    void setSections(const QList<Section> &sections);
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    QList<Section> m_sections;
+};

@@ -1,0 +1,858 @@
+// SPDX-License-Identifier: MIT
+#include "TestSupport.h"
+#include "state/AppViewModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QProcess>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QPromise>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+// A task the test finishes by hand, in any order.
+template<typename T>
+struct HeldTasks {
+    QList<std::shared_ptr<QPromise<T>>> promises;
+
+    QFuture<T> start()
+    {
+        auto promise = std::make_shared<QPromise<T>>();
+        promise->start();
+        promises.append(promise);
+        return promise->future();
+    }
+    void finish(int index, const T &value)
+    {
+        promises.at(index)->addResult(value);
+        promises.at(index)->finish();
+    }
+    [[nodiscard]] int count() const { return int(promises.size()); }
+};
+
+struct Fakes {
+    HeldTasks<QList<InstalledApp>> discovery;
+    HeldTasks<ScanResult> scans;
+    QList<InstalledApp> scannedApps;
+    HeldTasks<QList<OrphanedAppGroup>> removedScans;
+    HeldTasks<DeletionReport> trashRuns;
+    QList<QList<LeftoverItem>> trashedItems;
+    HeldTasks<std::optional<AppUpdateInfo>> updateChecks;
+    QList<QUrl> openedUrls;
+    int sounds = 0;
+
+    // The dropped-bundle reader stays real: the drop cases build bundles in a temporary folder.
+    AppViewModelServices services()
+    {
+        AppViewModelServices s;
+        s.discoverInstalledApps = [this] { return discovery.start(); };
+        s.scanApp = [this](const InstalledApp &app) {
+            scannedApps.append(app);
+            return scans.start();
+        };
+        s.scanRemovedApps = [this] { return removedScans.start(); };
+        s.moveToTrash = [this](const QList<LeftoverItem> &items) {
+            trashedItems.append(items);
+            return trashRuns.start();
+        };
+        s.playDeletionComplete = [this] { ++sounds; };
+        s.checkForUpdate = [this] { return updateChecks.start(); };
+        s.currentVersion = [] { return QStringLiteral("1.2.0"); };
+        s.openUrl = [this](const QUrl &url) { openedUrls.append(url); };
+        return s;
+    }
+};
+
+InstalledApp app(const QString &name, std::optional<QString> identifier = std::nullopt, qint64 size = 100)
+{
+    const QString path = QStringLiteral("/Applications/%1.app").arg(name);
+    return InstalledApp{path, name, QUrl::fromLocalFile(path), identifier, size};
+}
+
+LeftoverItem item(const QString &path, LeftoverCategory category = LeftoverCategory::caches, qint64 size = 1000)
+{
+    return LeftoverItem::at(path, category, size);
+}
+
+OrphanedAppGroup group(const QString &name, OrphanConfidence confidence, int itemCount = 2)
+{
+    OrphanedAppGroup g{QStringLiteral("id.") + name, name, QStringLiteral("com.example.") + name, confidence,
+                       QStringLiteral("evidence"), {}};
+    for (int i = 0; i < itemCount; ++i)
+        g.items.append(item(QStringLiteral("/Users/ann/Library/Caches/%1/%2").arg(name).arg(i)));
+    return g;
+}
+
+QSet<QString> idsOf(const QList<LeftoverItem> &items)
+{
+    QSet<QString> ids;
+    for (const LeftoverItem &i : items)
+        ids.insert(i.id);
+    return ids;
+}
+
+ScanResult resultOf(const InstalledApp &a, int leftovers)
+{
+    ScanResult result{{LeftoverItem::at(a.id, LeftoverCategory::application, a.size)}};
+    for (int i = 0; i < leftovers; ++i)
+        result.items.append(item(QStringLiteral("/Users/ann/Library/Caches/%1/%2").arg(a.name).arg(i)));
+    return result;
+}
+
+QString status(const AppViewModel &model)
+{
+    return model.statusMessage().value_or(QStringLiteral("<none>"));
+}
+
+
+// Names of the field notifications in the order they are sent; derived lists are left out.
+class FieldLog : public QObject {
+public:
+    explicit FieldLog(AppViewModel *model)
+    {
+        using Signal = void (AppViewModel::*)();
+        const std::initializer_list<std::pair<const char *, Signal>> fields = {
+            {"sidebarMode", &AppViewModel::sidebarModeChanged},
+            {"apps", &AppViewModel::appsChanged},
+            {"selectedApp", &AppViewModel::selectedAppChanged},
+            {"orphanedGroups", &AppViewModel::orphanedGroupsChanged},
+            {"selectedOrphan", &AppViewModel::selectedOrphanChanged},
+            {"searchText", &AppViewModel::searchTextChanged},
+            {"scanResult", &AppViewModel::scanResultChanged},
+            {"selectedItemIDs", &AppViewModel::selectedItemIDsChanged},
+            {"isLoadingApps", &AppViewModel::isLoadingAppsChanged},
+            {"isScanning", &AppViewModel::isScanningChanged},
+            {"isScanningOrphans", &AppViewModel::isScanningOrphansChanged},
+            {"isDeleting", &AppViewModel::isDeletingChanged},
+            {"statusMessage", &AppViewModel::statusMessageChanged},
+            {"showDeleteConfirmation", &AppViewModel::showDeleteConfirmationChanged},
+            {"isDropProcessing", &AppViewModel::isDropProcessingChanged},
+            {"lastDeletionReport", &AppViewModel::lastDeletionReportChanged},
+            {"availableUpdate", &AppViewModel::availableUpdateChanged},
+            {"isCheckingForUpdate", &AppViewModel::isCheckingForUpdateChanged},
+        };
+        for (const auto &[name, signal] : fields) {
+            const QString field = QString::fromLatin1(name);
+            connect(model, signal, this, [this, field] { entries.append(field); });
+        }
+    }
+    QStringList take() { return std::exchange(entries, {}); }
+
+    QStringList entries;
+};
+
+} // namespace
+
+// A bare root object for QML snippets, so the test needs no QML module beyond its own types.
+class Probe : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+};
+
+class AppViewModelTest : public QObject {
+    Q_OBJECT
+
+    Fakes *m_fakes = nullptr;
+    std::unique_ptr<AppViewModel> m_model;
+    QList<std::shared_ptr<QAbstractItemModelTester>> m_testers;
+
+    AppViewModel &model() { return *m_model; }
+    Fakes &fakes() { return *m_fakes; }
+
+    // Installed mode with apps loaded and the first one scanned, everything ticked.
+    void loadAndScan(const QList<InstalledApp> &apps, const ScanResult &result)
+    {
+        model().loadApps();
+        fakes().discovery.finish(fakes().discovery.count() - 1, apps);
+        model().scanSelectedApp();
+        fakes().scans.finish(fakes().scans.count() - 1, result);
+    }
+
+    void enterRemovedMode(const QList<OrphanedAppGroup> &groups)
+    {
+        model().switchSidebarMode(SidebarMode::Removed);
+        fakes().removedScans.finish(fakes().removedScans.count() - 1, groups);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_testers.clear();
+        m_model.reset();
+        delete m_fakes;
+        m_fakes = new Fakes;
+        m_model = std::make_unique<AppViewModel>(m_fakes->services());
+        for (QAbstractItemModel *list : std::initializer_list<QAbstractItemModel *>{
+                 m_model->appsModel(), m_model->orphanedGroupsModel(), m_model->visibleOrphansModel(),
+                 m_model->filteredAppsModel(), m_model->filteredOrphansModel(), m_model->activeItemsModel(),
+                 m_model->activeCategoriesModel(), m_model->selectedItemsModel()}) {
+            m_testers.append(std::make_shared<QAbstractItemModelTester>(
+                list, QAbstractItemModelTester::FailureReportingMode::QtTest));
+        }
+    }
+
+    void cleanupTestCase()
+    {
+        m_testers.clear();
+        m_model.reset();
+        delete m_fakes;
+    }
+
+    void startUpAndReload()
+    {
+        QCOMPARE(fakes().discovery.count(), 0);
+        QCOMPARE(fakes().updateChecks.count(), 0);
+        QCOMPARE(model().sidebarMode(), SidebarMode::Installed);
+        QVERIFY(!model().statusMessage());
+        QVERIFY(!model().activeScanResult());
+        QCOMPARE(model().formattedSelectedTotalSize(), QStringLiteral("Zero KB"));
+
+        QSignalSpy loading(&model(), &AppViewModel::isLoadingAppsChanged);
+        QSignalSpy selected(&model(), &AppViewModel::selectedAppChanged);
+        model().loadApps();
+        QVERIFY(model().isLoadingApps());
+        const QList<InstalledApp> apps{app(QStringLiteral("Alpha")), app(QStringLiteral("Beta"))};
+        fakes().discovery.finish(0, apps);
+        QCOMPARE(model().apps(), apps);
+        QCOMPARE(model().selectedApp(), apps.first());
+        QVERIFY(!model().isLoadingApps());
+        QCOMPARE(loading.count(), 2);
+        QCOMPARE(selected.count(), 1);
+        QCOMPARE(model().appsModel()->rowCount(), 2);
+
+        // A reload keeps the earlier record of an app still installed, and its result and ticks.
+        model().selectApp(apps.at(1));
+        model().scanSelectedApp();
+        fakes().scans.finish(0, resultOf(apps.at(1), 2));
+        InstalledApp grown = apps.at(1);
+        grown.size = 999;
+        model().loadApps();
+        QVERIFY(!model().statusMessage());
+        fakes().discovery.finish(1, {apps.at(0), grown});
+        QCOMPARE(model().selectedApp()->size, apps.at(1).size);
+        QCOMPARE(model().selectedItemIDs().size(), 3);
+        QVERIFY(model().scanResult());
+
+        model().loadApps();
+        fakes().discovery.finish(2, {});
+        QVERIFY(!model().selectedApp());
+        QVERIFY(model().apps().isEmpty());
+    }
+
+    void search_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("empty keeps all in order") << QString() << QStringList{"Zed Pad", "alpha", "Mail", "NoId"};
+        QTest::newRow("letter case ignored") << QStringLiteral("ALP") << QStringList{"alpha"};
+        QTest::newRow("by identifier") << QStringLiteral("com.apple") << QStringList{"Mail"};
+        QTest::newRow("one space is a search") << QStringLiteral(" ") << QStringList{"Zed Pad"};
+        QTest::newRow("no identifier: name only") << QStringLiteral("noid") << QStringList{"NoId"};
+        QTest::newRow("nothing") << QStringLiteral("xyz") << QStringList{};
+    }
+
+    void search()
+    {
+        QFETCH(QString, text);
+        QFETCH(QStringList, expected);
+        model().loadApps();
+        fakes().discovery.finish(0, {app(QStringLiteral("Zed Pad"), QStringLiteral("org.zed")),
+                                     app(QStringLiteral("alpha"), QStringLiteral("net.alpha")),
+                                     app(QStringLiteral("Mail"), QStringLiteral("com.apple.mail")),
+                                     app(QStringLiteral("NoId"))});
+        QSignalSpy searchSpy(&model(), &AppViewModel::searchTextChanged);
+        model().setSearchText(text);
+        QCOMPARE(searchSpy.count(), 1);
+        QStringList names;
+        for (const InstalledApp &a : model().filteredApps())
+            names.append(a.name);
+        QCOMPARE(names, expected);
+        QCOMPARE(model().filteredAppsModel()->rowCount(), expected.size());
+        if (!expected.isEmpty()) {
+            const QModelIndex first = model().filteredAppsModel()->index(0);
+            QCOMPARE(first.data(int(InstalledAppListModel::Role::name)).toString(), expected.first());
+        }
+    }
+
+    void scanTicksEveryItem()
+    {
+        // With nothing selected the scan does nothing, not even clear the status line.
+        model().handleDroppedApp(QUrl::fromLocalFile(QStringLiteral("/tmp/readme.txt")));
+        const QString before = status(model());
+        model().scanSelectedApp();
+        QCOMPARE(fakes().scans.count(), 0);
+        QCOMPARE(status(model()), before);
+
+        model().loadApps();
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        fakes().discovery.finish(0, {alpha});
+        QSignalSpy scanning(&model(), &AppViewModel::isScanningChanged);
+        QSignalSpy selectedItems(&model(), &AppViewModel::selectedItemsChanged);
+        model().scanSelectedApp();
+        QVERIFY(model().isScanning());
+        QCOMPARE(status(model()), QStringLiteral("Scanning for leftover files…"));
+        const ScanResult result = resultOf(alpha, 2);
+        fakes().scans.finish(0, result);
+        QVERIFY(!model().isScanning());
+        QCOMPARE(scanning.count(), 2);
+        QCOMPARE(model().selectedItemIDs(), idsOf(result.items));
+        QCOMPARE(model().selectedItems(), result.items);
+        QCOMPARE(model().selectedTotalSize(), 2100);
+        QVERIFY(selectedItems.count() >= 1);
+        QCOMPARE(status(model()), QStringLiteral("Found 3 related items (2 KB)."));
+        QCOMPARE(model().activeItemsModel()->rowCount(), 3);
+        QVERIFY(model().activeItemsModel()->index(1).data(int(LeftoverItemListModel::Role::isSelected)).toBool());
+
+        model().scanSelectedApp();
+        fakes().scans.finish(1, ScanResult{});
+        QVERIFY(model().scanResult());
+        QVERIFY(model().selectedItemIDs().isEmpty());
+        QCOMPARE(status(model()), QStringLiteral("Found 0 related items (Zero KB)."));
+    }
+
+    void overlappingScansApplyInTheOrderTheyEnd()
+    {
+        model().loadApps();
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const InstalledApp beta = app(QStringLiteral("Beta"));
+        fakes().discovery.finish(0, {alpha, beta});
+        model().scanSelectedApp();
+        model().selectApp(beta);
+        model().scanSelectedApp();
+        QCOMPARE(fakes().scannedApps, (QList<InstalledApp>{alpha, beta}));
+
+        fakes().scans.finish(1, resultOf(beta, 1));
+        QVERIFY(!model().isScanning());
+        QCOMPARE(model().scanResult(), resultOf(beta, 1));
+        // The earlier scan ends last and wins, whatever is selected now.
+        fakes().scans.finish(0, resultOf(alpha, 3));
+        QCOMPARE(model().scanResult(), resultOf(alpha, 3));
+        QCOMPARE(model().selectedApp(), beta);
+        QCOMPARE(status(model()), QStringLiteral("Found 4 related items (3 KB)."));
+    }
+
+    void abandonedTasksLowerTheirFlags()
+    {
+        model().loadApps();
+        fakes().discovery.promises.first()->finish(); // ends with no result
+        QVERIFY(!model().isLoadingApps());
+        model().selectApp(app(QStringLiteral("Alpha")));
+        model().scanSelectedApp();
+        fakes().scans.promises.first().reset(); // a promise dropped unfinished cancels its future
+        QVERIFY(!model().isScanning());
+        QCOMPARE(status(model()), QStringLiteral("Found 0 related items (Zero KB)."));
+
+        model().switchSidebarMode(SidebarMode::Removed);
+        fakes().removedScans.promises.first()->setException(std::make_exception_ptr(std::runtime_error("disk gone")));
+        fakes().removedScans.promises.first()->finish();
+        QVERIFY(!model().isScanningOrphans());
+        QCOMPARE(status(model()), QStringLiteral("No confident leftovers from removed apps were found."));
+    }
+
+    void removedScanStatus_data()
+    {
+        QTest::addColumn<QList<OrphanConfidence>>("grades");
+        QTest::addColumn<bool>("showUncertain");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("selectedIndex");
+        using C = OrphanConfidence;
+        QTest::newRow("two of five hidden")
+            << QList<C>{C::high, C::medium, C::medium, C::uncertain, C::uncertain} << false
+            << QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden.") << 0;
+        QTest::newRow("all shown") << QList<C>{C::high, C::medium, C::medium, C::uncertain, C::uncertain} << true
+                                   << QStringLiteral("Showing 5 removed app matches.") << 0;
+        QTest::newRow("one") << QList<C>{C::high} << false << QStringLiteral("Showing 1 removed app match.") << 0;
+        QTest::newRow("one hidden") << QList<C>{C::high, C::uncertain} << false
+                                    << QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden.") << 0;
+        QTest::newRow("all uncertain") << QList<C>{C::uncertain, C::uncertain, C::uncertain} << false
+                                       << QStringLiteral("Showing 0 removed app matches. 3 uncertain matches hidden.")
+                                       << -1;
+        QTest::newRow("none") << QList<C>{} << false
+                              << QStringLiteral("No confident leftovers from removed apps were found.") << -1;
+    }
+
+    void removedScanStatus()
+    {
+        QFETCH(QList<OrphanConfidence>, grades);
+        QFETCH(bool, showUncertain);
+        QFETCH(QString, expected);
+        QFETCH(int, selectedIndex);
+        QList<OrphanedAppGroup> groups;
+        for (int i = 0; i < grades.size(); ++i)
+            groups.append(group(QStringLiteral("G%1").arg(i), grades.at(i), i + 1));
+        model().setShowUncertainMatches(showUncertain);
+        QSignalSpy scanning(&model(), &AppViewModel::isScanningOrphansChanged);
+        model().switchSidebarMode(SidebarMode::Removed);
+        QCOMPARE(status(model()), QStringLiteral("Scanning Library for leftovers from removed apps…"));
+        QVERIFY(model().isScanningOrphans());
+        fakes().removedScans.finish(0, groups);
+        QCOMPARE(scanning.count(), 2);
+        QCOMPARE(status(model()), expected);
+        QCOMPARE(model().orphanedGroups(), groups);
+        if (selectedIndex < 0) {
+            QVERIFY(!model().selectedOrphan());
+            QVERIFY(model().selectedItemIDs().isEmpty());
+        } else {
+            QCOMPARE(model().selectedOrphan(), groups.at(selectedIndex));
+            QCOMPARE(model().selectedItems(), groups.at(selectedIndex).items);
+        }
+    }
+
+    void modeSwitchReusesGroups()
+    {
+        const QList<OrphanedAppGroup> groups{group(QStringLiteral("Old"), OrphanConfidence::uncertain),
+                                             group(QStringLiteral("Gone"), OrphanConfidence::high, 3)};
+        loadAndScan({app(QStringLiteral("Alpha"))}, resultOf(app(QStringLiteral("Alpha")), 1));
+        model().setSearchText(QStringLiteral("al"));
+        enterRemovedMode(groups);
+        QVERIFY(!model().selectedApp());
+        QVERIFY(model().searchText().isEmpty());
+        QCOMPARE(model().visibleOrphans(), QList<OrphanedAppGroup>{groups.at(1)});
+        QCOMPARE(model().visibleOrphansModel()->rowCount(), 1);
+
+        model().switchSidebarMode(SidebarMode::Installed);
+        QVERIFY(!model().selectedApp());
+        QVERIFY(!model().activeScanResult());
+        QVERIFY(!model().selectedOrphan());
+
+        model().switchSidebarMode(SidebarMode::Removed);
+        QCOMPARE(fakes().removedScans.count(), 1);
+        QCOMPARE(model().selectedOrphan(), groups.at(1));
+        QCOMPARE(model().selectedItemIDs(), idsOf(groups.at(1).items));
+        QVERIFY(!model().statusMessage());
+
+        // Showing uncertain groups brings them back in place; hiding them moves a hidden selection on.
+        model().setShowUncertainMatches(true);
+        QCOMPARE(model().filteredOrphans(), groups);
+        model().selectOrphan(groups.at(0));
+        QCOMPARE(status(model()), QStringLiteral("Found 2 leftover items (2 KB)."));
+        model().deselectAll();
+        model().refreshOrphanSelection();
+        QCOMPARE(model().selectedOrphan(), groups.at(0));
+        QCOMPARE(model().selectedItemIDs(), idsOf(groups.at(0).items));
+        model().setShowUncertainMatches(false);
+        model().refreshOrphanSelection();
+        QCOMPARE(model().selectedOrphan(), groups.at(1));
+        QCOMPARE(model().selectedItemIDs(), idsOf(groups.at(1).items));
+        QCOMPARE(status(model()), QStringLiteral("Found 2 leftover items (2 KB)."));
+    }
+
+    void tickingItemsAndCategories()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        ScanResult result = resultOf(alpha, 2);
+        result.items.insert(1, item(QStringLiteral("/Users/ann/Library/Preferences/alpha.plist"), LeftoverCategory::preferences));
+        // Ticks without an active result stay as they are.
+        model().toggleSelection(result.items.at(0));
+        model().selectAll();
+        QCOMPARE(model().selectedItemIDs(), (QSet<QString>{result.items.at(0).id}));
+        model().setSelection(LeftoverCategory::caches, true);
+        QCOMPARE(model().selectedItemIDs().size(), 1);
+        QVERIFY(model().selectedItems().isEmpty());
+
+        loadAndScan({alpha}, result);
+        QSignalSpy ids(&model(), &AppViewModel::selectedItemIDsChanged);
+        QSignalSpy dataChanged(model().activeItemsModel(), &QAbstractItemModel::dataChanged);
+        model().setSelection(LeftoverCategory::caches, false);
+        QCOMPARE(model().selectedItems(), (QList<LeftoverItem>{result.items.at(0), result.items.at(1)}));
+        QCOMPARE(dataChanged.count(), 2);
+        // Sections follow the category order, not the result's, and count their ticks.
+        const auto *sections = model().activeCategoriesModel();
+        QStringList sectionText;
+        for (int row = 0; row < sections->rowCount(); ++row) {
+            const QModelIndex index = sections->index(row);
+            sectionText.append(QStringLiteral("%1 %2/%3")
+                                   .arg(index.data(int(CategorySectionListModel::Role::category)).toString())
+                                   .arg(index.data(int(CategorySectionListModel::Role::selectedCount)).toInt())
+                                   .arg(index.data(int(CategorySectionListModel::Role::itemCount)).toInt()));
+        }
+        QCOMPARE(sectionText, (QStringList{"Application 1/1", "Caches 0/2", "Preferences 1/1"}));
+        QCOMPARE(model().activeItemsModel()->index(3).data(int(LeftoverItemListModel::Role::id)).toString(),
+                 result.items.at(1).id);
+        model().toggleSelection(result.items.at(0));
+        model().setSelection(LeftoverCategory::caches, true);
+        QCOMPARE(model().selectedItems(), result.items.mid(1));
+        QCOMPARE(model().selectedTotalSize(), 3000);
+        QCOMPARE(sections->index(0).data(int(CategorySectionListModel::Role::selectedCount)).toInt(), 0);
+        QCOMPARE(model().formattedSelectedTotalSize(), QStringLiteral("3 KB"));
+        model().toggleItemSelection(QStringLiteral("/elsewhere")); // an id of no item counts for nothing
+        QCOMPARE(model().selectedItems(), result.items.mid(1));
+        model().deselectAll();
+        QVERIFY(model().selectedItems().isEmpty());
+        model().selectAll();
+        QCOMPARE(model().selectedItems(), result.items);
+        QCOMPARE(ids.count(), 6);
+
+        QSignalSpy confirmation(&model(), &AppViewModel::showDeleteConfirmationChanged);
+        model().confirmDelete();
+        QVERIFY(model().showDeleteConfirmation());
+        QCOMPARE(confirmation.count(), 1);
+    }
+
+    void deletionOutcome_data()
+    {
+        QTest::addColumn<int>("moved");
+        QTest::addColumn<int>("failed");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("sounds");
+        QTest::newRow("all moved") << 3 << 0 << QStringLiteral("Moved 3 items to Trash.") << 1;
+        QTest::newRow("one failed") << 2 << 1 << QStringLiteral("Moved 2 items to Trash. 1 could not be removed.") << 1;
+        QTest::newRow("none moved") << 0 << 2 << QStringLiteral("Moved 0 items to Trash. 2 could not be removed.") << 0;
+        QTest::newRow("one moved") << 1 << 0 << QStringLiteral("Moved 1 items to Trash.") << 1;
+    }
+
+    void deletionOutcome()
+    {
+        QFETCH(int, moved);
+        QFETCH(int, failed);
+        QFETCH(QString, expected);
+        QFETCH(int, sounds);
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const ScanResult result = resultOf(alpha, moved + failed);
+        loadAndScan({alpha}, result);
+        model().toggleSelection(result.items.at(0)); // the bundle stays
+        const QList<LeftoverItem> sent = result.items.mid(1);
+
+        QSignalSpy deleting(&model(), &AppViewModel::isDeletingChanged);
+        QSignalSpy report(&model(), &AppViewModel::lastDeletionReportChanged);
+        model().deleteSelectedItems();
+        QVERIFY(model().isDeleting());
+        QCOMPARE(status(model()), QStringLiteral("Moving selected items to Trash…"));
+        QCOMPARE(fakes().trashedItems, QList<QList<LeftoverItem>>{sent});
+
+        DeletionReport outcome{sent.mid(0, moved), {}};
+        for (const LeftoverItem &i : sent.mid(moved))
+            outcome.failed.append({i, QStringLiteral("Permission denied")});
+        fakes().trashRuns.finish(0, outcome);
+        QVERIFY(!model().isDeleting());
+        QCOMPARE(deleting.count(), 2);
+        QCOMPARE(status(model()), expected);
+        QCOMPARE(fakes().sounds, sounds);
+        QCOMPARE(model().lastDeletionReport(), outcome);
+        QCOMPARE(model().lastDeletionReportValue().failedCount, failed);
+        QCOMPARE(fakes().scans.count(), 1); // the rescan waits for the reload
+
+        // The app is still installed, so it is scanned again and its remaining items ticked.
+        fakes().discovery.finish(1, {alpha});
+        QCOMPARE(fakes().scans.count(), 2);
+        QCOMPARE(status(model()), QStringLiteral("Scanning for leftover files…"));
+        QVERIFY(!model().lastDeletionReport());
+        QVERIFY(report.count() >= 2);
+        fakes().scans.finish(1, resultOf(alpha, failed));
+        QCOMPARE(model().selectedItems(), resultOf(alpha, failed).items);
+    }
+
+    void deletingTheBundleSelectsTheFirstApp()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const InstalledApp beta = app(QStringLiteral("Beta"));
+        loadAndScan({alpha, beta}, resultOf(alpha, 1));
+        model().deleteSelectedItems();
+        // Even when moving the bundle failed, the app is treated as gone.
+        const ScanResult result = resultOf(alpha, 1);
+        fakes().trashRuns.finish(0, DeletionReport{{result.items.at(1)}, {{result.items.at(0), QStringLiteral("Busy")}}});
+        fakes().discovery.finish(1, {beta, alpha});
+        QCOMPARE(fakes().scans.count(), 1);
+        QCOMPARE(model().selectedApp(), beta);
+        QVERIFY(!model().scanResult());
+        QVERIFY(model().selectedItemIDs().isEmpty());
+        QVERIFY(model().lastDeletionReport());
+        QCOMPARE(status(model()), QStringLiteral("Moved 1 items to Trash. 1 could not be removed."));
+
+        // Nothing ticked: no task starts and nothing changes.
+        QSignalSpy anyStatus(&model(), &AppViewModel::statusMessageChanged);
+        model().deleteSelectedItems();
+        QCOMPARE(fakes().trashRuns.count(), 1);
+        QCOMPARE(anyStatus.count(), 0);
+    }
+
+    void deletionInRemovedMode_data()
+    {
+        QTest::addColumn<bool>("selectedGroupRemains");
+        QTest::addColumn<bool>("othersRemain");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("same group, fewer items") << true << true << QStringLiteral("Found 1 remaining items (1 KB).");
+        QTest::newRow("group gone, others left") << false << true << QStringLiteral("Found 4 remaining items (4 KB).");
+        QTest::newRow("nothing left") << false << false << QStringLiteral("All leftovers for that app were removed.");
+    }
+
+    void deletionInRemovedMode()
+    {
+        QFETCH(bool, selectedGroupRemains);
+        QFETCH(bool, othersRemain);
+        QFETCH(QString, expected);
+        const OrphanedAppGroup gone = group(QStringLiteral("Gone"), OrphanConfidence::high, 3);
+        const OrphanedAppGroup other = group(QStringLiteral("Other"), OrphanConfidence::medium, 4);
+        enterRemovedMode({gone, other});
+        QCOMPARE(model().selectedOrphan(), gone);
+        model().deleteSelectedItems();
+        QCOMPARE(fakes().trashedItems.first(), gone.items);
+        fakes().trashRuns.finish(0, DeletionReport{gone.items.mid(1), {{gone.items.at(0), QStringLiteral("Denied")}}});
+        QCOMPARE(fakes().removedScans.count(), 2);
+        QVERIFY(!model().isScanningOrphans());
+
+        QList<OrphanedAppGroup> after;
+        OrphanedAppGroup remaining = gone;
+        remaining.items = gone.items.mid(0, 1);
+        if (selectedGroupRemains)
+            after.append(remaining);
+        if (othersRemain)
+            after.append(other);
+        fakes().removedScans.finish(1, after);
+        QCOMPARE(status(model()), expected);
+        QVERIFY(model().lastDeletionReport());
+        if (!after.isEmpty()) {
+            QCOMPARE(model().selectedOrphan(), after.first());
+            QCOMPARE(model().selectedItems(), after.first().items);
+        }
+    }
+
+    void droppedBundles_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("document") << QStringLiteral("notes.txt") << QStringLiteral("file")
+                                  << QStringLiteral("Please drop a macOS app bundle (.app).");
+        QTest::newRow("plain folder") << QStringLiteral("Folder") << QStringLiteral("folder")
+                                      << QStringLiteral("Please drop a macOS app bundle (.app).");
+        QTest::newRow("plain file named .app") << QStringLiteral("Fake.app") << QStringLiteral("file")
+                                               << QStringLiteral("Could not read the dropped app.");
+        QTest::newRow("missing bundle") << QStringLiteral("Gone.app") << QStringLiteral("missing")
+                                        << QStringLiteral("Could not read the dropped app.");
+        QTest::newRow("upper-case extension") << QStringLiteral("Shout.APP") << QStringLiteral("bundle")
+                                              << QStringLiteral("Could not read the dropped app.");
+        QTest::newRow("unreadable bundle") << QStringLiteral("Locked.app") << QStringLiteral("locked")
+                                           << QStringLiteral("Could not read the dropped app.");
+    }
+
+    void droppedBundles()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, kind);
+        QFETCH(QString, expected);
+        QTemporaryDir folder;
+        QVERIFY(folder.isValid());
+        const QString path = folder.filePath(name);
+        if (kind == QLatin1String("file"))
+            TestSupport::writeFile(path, "not a bundle");
+        else if (kind == QLatin1String("folder") || kind == QLatin1String("bundle") || kind == QLatin1String("locked"))
+            TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"));
+        if (kind == QLatin1String("locked")) {
+            if (TestSupport::runningAsRoot()) {
+                // Root reads any folder, so this row runs again as an unprivileged user.
+                QProcess child;
+                child.setProcessChannelMode(QProcess::MergedChannels);
+                child.start(QStringLiteral("setpriv"),
+                            {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"),
+                             QCoreApplication::applicationFilePath(), QStringLiteral("droppedBundles:unreadable bundle")});
+                if (!child.waitForStarted())
+                    QSKIP("setpriv is missing, so no unprivileged user can run this row");
+                QVERIFY(child.waitForFinished(60000));
+                const QByteArray output = child.readAll();
+                QVERIFY2(child.exitCode() == 0 && output.contains("PASS   : AppViewModelTest::droppedBundles(unreadable bundle)"),
+                         output.constData());
+                return;
+            }
+            QFile::setPermissions(path, QFileDevice::Permissions());
+        }
+
+        // A rejected drop changes the status line only.
+        loadAndScan({app(QStringLiteral("Alpha"))}, resultOf(app(QStringLiteral("Alpha")), 1));
+        const auto selected = model().selectedApp();
+        const auto ticks = model().selectedItemIDs();
+        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
+        model().handleDroppedApp(QUrl::fromLocalFile(path));
+        QTRY_COMPARE(statusSpy.count(), 1);
+        QCOMPARE(status(model()), expected);
+        QCOMPARE(model().selectedApp(), selected);
+        QCOMPARE(model().selectedItemIDs(), ticks);
+        QVERIFY(!model().isDropProcessing());
+        QCOMPARE(fakes().scans.count(), 1);
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    }
+
+    void droppedAppIsScannedAndOffered_data()
+    {
+        QTest::addColumn<int>("leftovers");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("with leftovers") << 3 << QStringLiteral("Ready to remove 4 items (4 KB) for Drop Me.");
+        QTest::newRow("without") << -1 << QStringLiteral("No related files found for Drop Me.");
+    }
+
+    void droppedAppIsScannedAndOffered()
+    {
+        QFETCH(int, leftovers);
+        QFETCH(QString, expected);
+        QTemporaryDir folder;
+        const QString bundle = folder.filePath(QStringLiteral("DropMe.app"));
+        TestSupport::writeFile(bundle + QStringLiteral("/Contents/Info.plist"),
+                               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                               "<key>CFBundleName</key><string>Drop Me</string>"
+                               "<key>CFBundleIdentifier</key><string>com.example.DropMe</string></dict></plist>");
+        TestSupport::writeFile(bundle + QStringLiteral("/Contents/MacOS/DropMe"), QByteArray(1000, 'x'));
+
+        enterRemovedMode({group(QStringLiteral("Gone"), OrphanConfidence::high)});
+        model().setSearchText(QStringLiteral("Go"));
+        QSignalSpy processing(&model(), &AppViewModel::isDropProcessingChanged);
+        QSignalSpy confirmation(&model(), &AppViewModel::showDeleteConfirmationChanged);
+        model().handleDroppedApp(QUrl::fromLocalFile(bundle));
+        QTRY_COMPARE(fakes().scans.count(), 1);
+        QVERIFY(model().isDropProcessing());
+        QVERIFY(!model().isScanning());
+        QCOMPARE(model().sidebarMode(), SidebarMode::Installed);
+        QVERIFY(!model().selectedOrphan());
+        QCOMPARE(model().searchText(), QStringLiteral("Go")); // not a mode switch: search and groups stay
+        QCOMPARE(model().orphanedGroups().size(), 1);
+        QCOMPARE(model().selectedApp()->name, QStringLiteral("Drop Me"));
+        QCOMPARE(model().selectedApp()->bundleIdentifier, QStringLiteral("com.example.DropMe"));
+        QCOMPARE(status(model()), QStringLiteral("Scanning Drop Me for leftover files…"));
+
+        const ScanResult result = leftovers < 0 ? ScanResult{} : resultOf(*model().selectedApp(), leftovers);
+        fakes().scans.finish(0, result);
+        QVERIFY(!model().isDropProcessing());
+        QCOMPARE(processing.count(), 2);
+        QCOMPARE(model().selectedItems(), result.items);
+        QCOMPARE(status(model()), expected);
+        QCOMPARE(model().showDeleteConfirmation(), leftovers >= 0);
+        QCOMPARE(confirmation.count(), leftovers >= 0 ? 1 : 0);
+    }
+
+    void updates()
+    {
+        const AppUpdateInfo offer{QStringLiteral("2.0.1"), QUrl(QStringLiteral("https://example.com/k.dmg")), std::nullopt};
+        QSignalSpy checking(&model(), &AppViewModel::isCheckingForUpdateChanged);
+        QSignalSpy update(&model(), &AppViewModel::availableUpdateChanged);
+
+        // Found at start-up: the banner shows, the status line is untouched.
+        model().checkForUpdates(false);
+        QVERIFY(model().isCheckingForUpdate());
+        model().checkForUpdates(true); // refused while one runs, without a message
+        QCOMPARE(fakes().updateChecks.count(), 1);
+        fakes().updateChecks.finish(0, offer);
+        QCOMPARE(model().availableUpdate(), offer);
+        QVERIFY(!model().statusMessage());
+        QCOMPARE(checking.count(), 2);
+
+        model().openAvailableUpdateDownload();
+        QCOMPARE(fakes().openedUrls, QList<QUrl>{offer.downloadURL});
+        QCOMPARE(model().availableUpdate(), offer);
+
+        // An automatic check that finds nothing keeps the offer.
+        model().checkForUpdates(false);
+        fakes().updateChecks.finish(1, std::nullopt);
+        QCOMPARE(model().availableUpdate(), offer);
+
+        model().dismissAvailableUpdate();
+        QVERIFY(!model().availableUpdate());
+        model().openAvailableUpdateDownload();
+        QCOMPARE(fakes().openedUrls.size(), 1);
+        model().checkForUpdates(false);
+        QCOMPARE(fakes().updateChecks.count(), 2);
+
+        model().checkForUpdates(true);
+        fakes().updateChecks.finish(2, offer);
+        QCOMPARE(model().availableUpdate(), offer);
+        QCOMPARE(status(model()), QStringLiteral("Kestrune 2.0.1 is available to download."));
+
+        model().checkForUpdates(true);
+        fakes().updateChecks.finish(3, std::nullopt);
+        QVERIFY(!model().availableUpdate());
+        QCOMPARE(status(model()), QStringLiteral("You're on the latest version (v1.2.0)."));
+        QCOMPARE(update.count(), 4);
+    }
+
+    void resultsApplyInTheirStepOrder()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        FieldLog log(&model());
+        model().loadApps();
+        log.take();
+        fakes().discovery.finish(0, {alpha});
+        QCOMPARE(log.take(), (QStringList{"apps", "selectedApp", "isLoadingApps"}));
+
+        model().scanSelectedApp();
+        QCOMPARE(log.take(), (QStringList{"isScanning", "statusMessage", "scanResult", "selectedItemIDs", "lastDeletionReport"}));
+        fakes().scans.finish(0, resultOf(alpha, 1));
+        QCOMPARE(log.take(), (QStringList{"scanResult", "selectedItemIDs", "isScanning", "statusMessage"}));
+
+        model().deleteSelectedItems();
+        QCOMPARE(log.take(), (QStringList{"isDeleting", "statusMessage"}));
+        fakes().trashRuns.finish(0, DeletionReport{resultOf(alpha, 1).items, {}});
+        QCOMPARE(log.take(), (QStringList{"lastDeletionReport", "isDeleting", "statusMessage"}));
+        fakes().discovery.finish(1, {});
+        QCOMPARE(log.take(), (QStringList{"apps", "scanResult", "selectedItemIDs", "selectedApp"}));
+
+        model().switchSidebarMode(SidebarMode::Removed);
+        QCOMPARE(log.take(), (QStringList{"sidebarMode", "searchText", "selectedItemIDs", "lastDeletionReport",
+                                          "statusMessage", "scanResult", "selectedApp", "isScanningOrphans",
+                                          "statusMessage", "orphanedGroups", "selectedOrphan", "selectedItemIDs",
+                                          "lastDeletionReport"}));
+        fakes().removedScans.finish(0, {group(QStringLiteral("Gone"), OrphanConfidence::high)});
+        QCOMPARE(log.take(), (QStringList{"orphanedGroups", "selectedOrphan", "selectedItemIDs", "isScanningOrphans",
+                                          "statusMessage"}));
+
+        model().checkForUpdates(true);
+        log.take();
+        fakes().updateChecks.finish(0, AppUpdateInfo{QStringLiteral("9"), QUrl(QStringLiteral("https://example.com")), {}});
+        QCOMPARE(log.take(), (QStringList{"isCheckingForUpdate", "availableUpdate", "statusMessage"}));
+    }
+
+    void readableFromQml()
+    {
+        // The window binds to these names; a typo in a property or role name only shows up here.
+        qmlRegisterTypesAndRevisions<Probe, AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel,
+                                     CategorySectionListModel>(
+            "Kestrune.Test", 1);
+        qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune.Test", 1);
+        const InstalledApp alpha = app(QStringLiteral("Alpha"), QStringLiteral("com.example.alpha"));
+        loadAndScan({alpha}, resultOf(alpha, 2));
+        model().toggleSelection(resultOf(alpha, 2).items.at(2));
+
+        QQmlEngine engine;
+        engine.rootContext()->setContextProperty(QStringLiteral("viewModel"), &model());
+        QQmlComponent component(&engine);
+        component.setData(R"(
+            import Kestrune.Test
+            Probe {
+                property bool installed: viewModel.sidebarMode === SidebarMode.Installed
+                property string appName: viewModel.selectedApp.name
+                property bool hasResult: viewModel.scanResult.valid && viewModel.activeScanResult.itemCount === 3
+                property int apps: viewModel.filteredApps.count
+                property int ticked: viewModel.selectedItems.count
+                property string total: viewModel.formattedSelectedTotalSize
+                property bool noUpdate: !viewModel.availableUpdate.valid
+                property string removedTitle: viewModel.sidebarModeTitle(SidebarMode.Removed)
+                function leave() { viewModel.switchSidebarMode(SidebarMode.Removed) }
+            })",
+                          QUrl(QStringLiteral("qrc:/smoke.qml")));
+        std::unique_ptr<QObject> root(component.create());
+        QVERIFY2(root, qPrintable(component.errorString()));
+        QCOMPARE(root->property("installed").toBool(), true);
+        QCOMPARE(root->property("appName").toString(), QStringLiteral("Alpha"));
+        QCOMPARE(root->property("hasResult").toBool(), true);
+        QCOMPARE(root->property("apps").toInt(), 1);
+        QCOMPARE(root->property("ticked").toInt(), 2);
+        QCOMPARE(root->property("total").toString(), QStringLiteral("1 KB"));
+        QCOMPARE(root->property("noUpdate").toBool(), true);
+        QCOMPARE(root->property("removedTitle").toString(), QStringLiteral("Removed Apps"));
+
+        const QHash<int, QByteArray> roles = model().activeItemsModel()->roleNames();
+        QVERIFY(roles.values().contains("formattedSize") && roles.values().contains("isSelected"));
+
+        QMetaObject::invokeMethod(root.get(), "leave");
+        QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
+        QCOMPARE(root->property("installed").toBool(), false);
+        QCOMPARE(root->property("appName").toString(), QString());
+    }
+};
+
+QTEST_GUILESS_MAIN(AppViewModelTest)
+#include "tst_appviewmodel.moc"
