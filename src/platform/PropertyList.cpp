@@ -102,7 +102,7 @@ private:
     // reference or passing the limit.
     int depthOf(quint64 index, int level)
     {
-        if (index >= m_objectCount || level > PropertyList::maximumDepth)
+        if (index >= m_objectCount)
             return tooDeep;
         if (m_state[index] == OnStack)
             return tooDeep;
@@ -121,6 +121,9 @@ private:
             m_depth[index] = 0;
             return 0;
         }
+        // Only containers add a level: a string inside the deepest allowed array is fine.
+        if (level > PropertyList::maximumDepth)
+            return tooDeep;
         quint64 count = marker & 0x0F;
         ++at;
         if (count == 0x0F) {

@@ -83,7 +83,11 @@ qint64 itemSize(const QString &path, qint64 entryLimit)
         return 0;
     if (isDirectory)
         return directorySize(path, entryLimit);
-    return FileSystem::fileSize(path).value_or(0);
+    // A device or a pipe reports a length that is not bytes on disk; only regular files have a size.
+    struct stat st;
+    if (::stat(NativePath::encode(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+        return 0;
+    return qint64(st.st_size);
 }
 
 qint64 directorySize(const QString &path, qint64 entryLimit)
