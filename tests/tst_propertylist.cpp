@@ -77,6 +77,12 @@ private Q_SLOTS:
         QTest::newRow("binary absurd object count") << hugeCount;
         const QByteArray good = binary({Dictionary{{1}, {2}}, String{"k"}, String{"v"}});
         QTest::newRow("binary truncated") << good.left(good.size() - 5);
+        // libplist would abort the program on these rather than refuse them.
+        QTest::newRow("binary key with NUL") << binary({Dictionary{{1}, {2}}, String{QByteArray("CFBundle\0Name", 13)}, String{"v"}});
+        QTest::newRow("binary value with NUL") << binary({Dictionary{{1}, {2}}, String{"k"}, String{QByteArray("a\0b", 3)}});
+        QTest::newRow("xml raw NUL") << xmlDictionary(QByteArray("<key>a\0b</key><string>v</string>", 32));
+        QTest::newRow("xml decimal NUL reference") << xmlDictionary("<key>k</key><string>a&#0;b</string>");
+        QTest::newRow("xml hex NUL reference") << xmlDictionary("<key>a&#x0000;</key><string>v</string>");
         QTest::newRow("over 16 MiB") << QByteArray(PropertyList::maximumBytes + 1, ' ');
     }
     void refused()
@@ -95,6 +101,9 @@ private Q_SLOTS:
         QByteArray commented = nestedXmlArrays(PropertyList::maximumDepth);
         commented.replace("<string>leaf</string>", "<!-- <array><array> --><string><![CDATA[<array>]]></string>");
         QVERIFY(PropertyList::fromData(commented));
+        // Character references other than NUL are ordinary text.
+        QCOMPARE(PropertyList::fromData(xmlDictionary("<key>k</key><string>&#10;&#x41;&#0065;</string>"))->toMap().value(QStringLiteral("k")).toString(),
+                 QStringLiteral("\nAA"));
     }
 
     void readDictionaryFromFiles()
