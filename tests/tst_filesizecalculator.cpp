@@ -210,6 +210,26 @@ private Q_SLOTS:
             QCOMPARE(FileSizeCalculator::directorySize(root, limit), modelSize(root, limit));
     }
 
+    // A bind mount that shows a folder inside itself: counted once as an entry, never entered.
+    void bindMountLoop()
+    {
+        const QString unshare = QStandardPaths::findExecutable(QStringLiteral("unshare"));
+        if (!TestSupport::runningAsRoot() || unshare.isEmpty())
+            QSKIP("needs root and unshare to bind-mount a loop in a private mount namespace");
+        const QString tree = m_folder->path() + QStringLiteral("/loop");
+        writeFile(tree + QStringLiteral("/file"), QByteArray(25, 'f'));
+        makeFolder(tree + QStringLiteral("/inner/again"));
+        // The mount lives only in the child's own namespace and vanishes with it.
+        QProcess child;
+        child.start(unshare, {QStringLiteral("--mount"), QStringLiteral("--propagation"), QStringLiteral("private"), QStringLiteral("sh"), QStringLiteral("-c"),
+                              QStringLiteral("mount --bind \"$1\" \"$1/inner/again\" && exec \"$2\" size \"$1\" --limit 1000000"),
+                              QStringLiteral("sh"), tree, QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli")});
+        QVERIFY(child.waitForFinished(60000));
+        if (child.exitCode() != 0)
+            QSKIP(qPrintable(QStringLiteral("cannot bind-mount here: ") + QString::fromLocal8Bit(child.readAllStandardError())));
+        QCOMPARE(child.readAllStandardOutput().trimmed(), QByteArray("25"));
+    }
+
     // Unreadable folders are passed over (still counted as an entry); the walk goes on beside them.
     void unreadableFolders()
     {

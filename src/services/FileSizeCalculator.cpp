@@ -3,7 +3,9 @@
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,11 +13,25 @@
 
 namespace {
 
+struct FolderIdentity {
+    dev_t device;
+    ino_t inode;
+};
+
 struct Walk {
     qint64 limit;
     qint64 count = 0;
     qint64 total = 0;
     bool stopped = false;
+    // The folders from the start down to the one being read. Links are never followed, but a bind
+    // mount can still make a folder its own descendant; such a folder is counted and not entered.
+    std::vector<FolderIdentity> ancestors;
+
+    bool isAncestor(const struct stat &st) const
+    {
+        return std::any_of(ancestors.begin(), ancestors.end(),
+                           [&](const FolderIdentity &id) { return id.device == st.st_dev && id.inode == st.st_ino; });
+    }
 };
 
 bool hasPackageExtension(const char *name)
@@ -65,8 +81,16 @@ void walkFolder(int fd, Walk &walk)
             }
         } else if (type == DT_DIR && !hasPackageExtension(name)) {
             const int child = ::openat(::dirfd(dir), name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (child >= 0)
-                walkFolder(child, walk);
+            if (child < 0)
+                continue;
+            struct stat folder;
+            if (::fstat(child, &folder) != 0 || walk.isAncestor(folder)) {
+                ::close(child);
+                continue;
+            }
+            walk.ancestors.push_back({folder.st_dev, folder.st_ino});
+            walkFolder(child, walk);
+            walk.ancestors.pop_back();
         }
     }
     ::closedir(dir);
@@ -97,7 +121,13 @@ qint64 directorySize(const QString &path, qint64 entryLimit)
     const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return 0;
+    struct stat start;
+    if (::fstat(fd, &start) != 0) {
+        ::close(fd);
+        return 0;
+    }
     Walk walk{entryLimit};
+    walk.ancestors.push_back({start.st_dev, start.st_ino});
     walkFolder(fd, walk);
     return walk.total;
 }
