@@ -2,6 +2,7 @@
 #include "PlistBytes.h"
 #include "TestSupport.h"
 #include "models/InstalledApp.h"
+#include "platform/NativePath.h"
 #include "services/AppDiscoveryService.h"
 
 #include <QDir>
@@ -9,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cstdio>
 #include <memory>
 
 using TestSupport::makeFolder;
@@ -163,6 +165,22 @@ private Q_SLOTS:
         // Without the system folder the home folder is still listed.
         QVERIFY(QDir(system).rename(system, m_root + QStringLiteral("/Elsewhere")));
         QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), (QStringList{QStringLiteral("beta"), QStringLiteral("notes")}));
+    }
+
+    // A folder name that is not UTF-8: the id keeps the exact bytes, the shown name marks the bad byte.
+    void nameThatIsNotUtf8()
+    {
+        const QByteArray bytes("Caf\xe9.app");
+        const QString bundle = m_root + QStringLiteral("/Applications/") + NativePath::decode(bytes);
+        // QFile would write the bytes as U+FFFD; build under a plain name and rename with the raw bytes.
+        writeBundle(m_root + QStringLiteral("/Applications/plain.app"), QByteArray(), 321);
+        QCOMPARE(::rename(NativePath::encode(m_root + QStringLiteral("/Applications/plain.app")).constData(),
+                          NativePath::encode(bundle).constData()), 0);
+        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
+        QCOMPARE(apps.size(), 1);
+        QCOMPARE(NativePath::encode(apps.constFirst().id), NativePath::encode(m_root) + "/Applications/" + bytes);
+        QCOMPARE(apps.constFirst().name, QStringLiteral("Caf\uFFFD"));
+        QCOMPARE(apps.constFirst().size, 321);
     }
 
     void sameFolderListedOnce()
