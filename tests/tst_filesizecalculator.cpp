@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -208,6 +209,44 @@ private Q_SLOTS:
         }
         for (qint64 limit : {qint64(0), qint64(1), qint64(17), qint64(100), qint64(233), qint64(299), qint64(100000)})
             QCOMPARE(FileSizeCalculator::directorySize(root, limit), modelSize(root, limit));
+    }
+
+    // Far deeper than the descriptors a process may hold open: the walk still reaches the bottom, in the
+    // same order, with the entry limit cutting where it would in a shallow tree.
+    void deepTree()
+    {
+        const QString tree = m_folder->path() + QStringLiteral("/deep");
+        makeFolder(tree);
+        int fd = ::open(NativePath::encode(tree).constData(), O_RDONLY | O_DIRECTORY);
+        QVERIFY(fd >= 0);
+        constexpr int depth = 1500;
+        for (int level = 0; level < depth; ++level) {
+            const int file = ::openat(fd, "f", O_CREAT | O_WRONLY, 0644);
+            QVERIFY(file >= 0);
+            QCOMPARE(::ftruncate(file, level + 1), 0);
+            ::close(file);
+            QCOMPARE(::mkdirat(fd, "d", 0755), 0);
+            const int next = ::openat(fd, "d", O_RDONLY | O_DIRECTORY);
+            ::close(fd);
+            fd = next;
+            QVERIFY(fd >= 0);
+        }
+        ::close(fd);
+        const qint64 all = qint64(depth) * (depth + 1) / 2;
+        QCOMPARE(FileSizeCalculator::directorySize(tree, 1'000'000), all);
+        QCOMPARE(FileSizeCalculator::directorySize(tree, 2 * depth), all);
+        // The cut falls inside the deep part as it would anywhere else.
+        QCOMPARE(FileSizeCalculator::directorySize(tree, 2 * depth - 1), modelSize(tree, 2 * depth - 1));
+        QCOMPARE(FileSizeCalculator::directorySize(tree, 301), modelSize(tree, 301));
+        // With the descriptor limit of a Mac.
+        struct rlimit saved;
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &saved), 0);
+        struct rlimit small = saved;
+        small.rlim_cur = 256;
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &small), 0);
+        const qint64 limited = FileSizeCalculator::directorySize(tree, 1'000'000);
+        ::setrlimit(RLIMIT_NOFILE, &saved);
+        QCOMPARE(limited, all);
     }
 
     // A bind mount that shows a folder inside itself: counted once as an entry, never entered.
