@@ -46,6 +46,9 @@ class AppDiscoveryTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Orders below are those of the C locale's stand-in, whatever language the machine runs in.
+    void initTestCase() { QLocale::setDefault(QLocale::c()); }
+
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();

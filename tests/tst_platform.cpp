@@ -16,6 +16,9 @@ class PlatformTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Orders below are those of the C locale's stand-in, whatever language the machine runs in.
+    void initTestCase() { QLocale::setDefault(QLocale::c()); }
+
     void byteCount_data()
     {
         QTest::addColumn<qint64>("bytes");

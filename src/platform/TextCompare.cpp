@@ -11,8 +11,8 @@ int localizedCaseInsensitiveCompare(const QString &a, const QString &b)
     thread_local const QCollator collator = [] {
         // Under the C locale QCollator falls back to comparing code points, which sorts "Äpfel" after
         // "Zeta"; a Mac never runs without a language, so use English there.
-        const QLocale system;
-        QCollator c(system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system);
+        const QLocale locale; // the application's default, which follows the system's
+        QCollator c(locale.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : locale);
         c.setCaseSensitivity(Qt::CaseInsensitive);
         return c;
     }();
