@@ -2,6 +2,7 @@
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
 #include "services/AppDiscoveryService.h"
+#include "platform/FileSystem.h"
 #include "services/FileSizeCalculator.h"
 
 #include <QJsonArray>
@@ -52,6 +53,11 @@ int size(const QStringList &arguments)
         return 2;
     }
     const QString path = parser.positionalArguments().constFirst();
+    // A dangling link is still something (of size 0); a path that names nothing is a mistake worth saying.
+    if (!FileSystem::exists(path) && !FileSystem::isSymbolicLink(path)) {
+        CliSupport::printError(QStringLiteral("kestrune-cli size: \"%1\" does not exist").arg(path));
+        return 1;
+    }
     qint64 bytes = 0;
     CliSupport::runWithProgress(QStringLiteral("Measuring…"), true,
                                 [&] { bytes = FileSizeCalculator::itemSize(path, entryLimit); });

@@ -30,6 +30,20 @@ std::optional<QString> stringValue(const QVariantMap &dictionary, const QString 
     return found->toString();
 }
 
+// A file name's bytes that are not UTF-8 are kept in the path as lone surrogates so the bundle can still
+// be opened; shown to a person (or written as JSON) they become U+FFFD, as any text viewer shows them.
+QString displayableFileName(QString name)
+{
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        const QChar c = name.at(i);
+        if (c.isHighSurrogate() && i + 1 < name.size() && name.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (c.isSurrogate())
+            name[i] = QChar::ReplacementCharacter;
+    }
+    return name;
+}
+
 } // namespace
 
 std::optional<InstalledApp> InstalledApp::from(const QString &appPath)
@@ -48,7 +62,7 @@ std::optional<InstalledApp> InstalledApp::from(const QString &appPath)
         identifier = stringValue(*info, QStringLiteral("CFBundleIdentifier"));
     }
     if (!name)
-        name = FileSystem::lastPathComponent(FileSystem::deletingPathExtension(path));
+        name = displayableFileName(FileSystem::lastPathComponent(FileSystem::deletingPathExtension(path)));
 
     return InstalledApp{path, *name, QUrl::fromLocalFile(path), identifier, FileSizeCalculator::directorySize(path)};
 }

@@ -8,6 +8,7 @@
 
 #include <plist/plist.h>
 
+#include <cctype>
 #include <memory>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace {
 
 constexpr QByteArrayView binaryMagic("bplist00");
 
-// Nesting depth of an XML plist, counted over <dict> and <array> tags outside comments, CDATA and
+// Nesting depth of an XML plist (and the absence of NUL characters), counted over <dict> and <array> tags outside comments, CDATA and
 // declarations. False when the depth limit is passed.
 bool xmlDepthWithinLimit(QByteArrayView xml)
 {
@@ -27,6 +28,23 @@ bool xmlDepthWithinLimit(QByteArrayView xml)
         i = end < 0 ? n : end + terminator.size();
     };
     while (i < n) {
+        // libplist aborts on text holding a NUL character, raw or as a character reference.
+        if (xml[i] == 0)
+            return false;
+        if (xml[i] == '&' && i + 1 < n && xml[i + 1] == '#') {
+            qsizetype k = i + 2;
+            const bool hex = k < n && (xml[k] == 'x' || xml[k] == 'X');
+            if (hex)
+                ++k;
+            bool nonZero = false;
+            const qsizetype digits = k;
+            while (k < n && (std::isdigit(uchar(xml[k])) || (hex && std::isxdigit(uchar(xml[k]))))) {
+                nonZero = nonZero || xml[k] != '0';
+                ++k;
+            }
+            if (k > digits && !nonZero)
+                return false;
+        }
         if (xml[i] != '<') {
             ++i;
             continue;
@@ -102,7 +120,7 @@ private:
     // reference or passing the limit.
     int depthOf(quint64 index, int level)
     {
-        if (index >= m_objectCount || level > PropertyList::maximumDepth)
+        if (index >= m_objectCount)
             return tooDeep;
         if (m_state[index] == OnStack)
             return tooDeep;
@@ -115,15 +133,10 @@ private:
         qsizetype at = qsizetype(offset);
         const uchar marker = uchar(m_data[at]);
         const uchar type = marker >> 4;
-        // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary: the only objects that refer to others.
-        if (type < 0xA || type > 0xD) {
-            m_state[index] = Done;
-            m_depth[index] = 0;
-            return 0;
-        }
         quint64 count = marker & 0x0F;
         ++at;
-        if (count == 0x0F) {
+        const bool counted = type == 0x4 || (type >= 0x5 && type <= 0x6) || (type >= 0xA && type <= 0xD);
+        if (counted && count == 0x0F) {
             if (at >= end || (uchar(m_data[at]) >> 4) != 0x1)
                 return tooDeep;
             const int width = 1 << (uchar(m_data[at]) & 0x0F);
@@ -132,6 +145,27 @@ private:
             count = readBigEndian(at + 1, width);
             at += 1 + width;
         }
+        // libplist asserts (and so aborts the whole program) on a key or string holding a NUL
+        // character, which a hostile list can carry in ASCII (0x5) or UTF-16 (0x6) form.
+        if (type == 0x5 || type == 0x6) {
+            const quint64 bytes = type == 0x6 ? count * 2 : count;
+            if (count > quint64(end) || bytes > quint64(end - at))
+                return tooDeep;
+            const QByteArrayView text = m_data.sliced(at, qsizetype(bytes));
+            for (qsizetype k = 0; k < text.size(); k += type == 0x6 ? 2 : 1) {
+                if (text[k] == 0 && (type == 0x5 || text[k + 1] == 0))
+                    return tooDeep;
+            }
+        }
+        // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary: the only objects that refer to others.
+        if (type < 0xA || type > 0xD) {
+            m_state[index] = Done;
+            m_depth[index] = 0;
+            return 0;
+        }
+        // Only containers add a level: a string inside the deepest allowed array is fine.
+        if (level > PropertyList::maximumDepth)
+            return tooDeep;
         const quint64 references = type == 0xD ? count * 2 : count;
         if (count > quint64(end) || references > quint64(end - at) / m_refSize)
             return tooDeep;

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// Truncated, bit-flipped and random property lists fed to the reader, built with AddressSanitizer and
+// UndefinedBehaviorSanitizer: any refusal is fine, any crash, overflow or undefined behaviour is not.
+#include "PlistBytes.h"
+#include "platform/PropertyList.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+using namespace PlistBytes;
+
+namespace {
+
+QList<QByteArray> seeds()
+{
+    QList<QByteArray> corpus{
+        xmlDictionary("<key>CFBundleName</key><string>Caf\xc3\xa9</string><key>CFBundleIdentifier</key><string>com.x</string>"
+                      "<key>N</key><integer>-12</integer><key>R</key><real>1.5</real><key>D</key><data>AAECAw==</data>"
+                      "<key>T</key><date>2020-01-01T00:00:00Z</date><key>B</key><false/>"
+                      "<key>A</key><array><dict><key>k</key><string>v</string></dict><array/></array>"),
+        nestedXmlArrays(PropertyList::maximumDepth),
+        binary({Dictionary{{1, 2}, {3, 4}}, String{"CFBundleName"}, String{"CFBundleIdentifier"}, String{"Brightline"},
+                String{"io.brightline.Brightline"}}),
+        binary({Array{{1, 2, 1}}, Dictionary{{3}, {2}}, String{"leaf"}, String{"key"}}),
+        nestedBinaryArrays(PropertyList::maximumDepth),
+    };
+    QList<Object> wide;
+    QList<quint64> references;
+    for (quint64 k = 1; k <= 20; ++k)
+        references.append(k);
+    wide.append(Array{references}); // a count that needs the extended length form
+    for (int k = 0; k < 20; ++k)
+        wide.append(String{QByteArray::number(k)});
+    corpus.append(binary(wide));
+    return corpus;
+}
+
+} // namespace
+
+class PropertyListFuzz : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void seedsAreReadable()
+    {
+        for (const QByteArray &seed : seeds())
+            QVERIFY(PropertyList::fromData(seed));
+    }
+
+    void everyTruncation()
+    {
+        for (const QByteArray &seed : seeds()) {
+            for (qsizetype length = 0; length < seed.size(); ++length)
+                (void)PropertyList::fromData(seed.left(length));
+        }
+    }
+
+    void mutations()
+    {
+        QRandomGenerator random(0x6b657374);
+        const QList<QByteArray> corpus = seeds();
+        for (int round = 0; round < 40000; ++round) {
+            QByteArray data = corpus.at(random.bounded(corpus.size()));
+            const int edits = random.bounded(1, 6);
+            for (int e = 0; e < edits && !data.isEmpty(); ++e) {
+                const qsizetype at = random.bounded(data.size());
+                switch (random.bounded(5)) {
+                case 0: data[at] = char(random.bounded(256)); break;
+                case 1: data[at] = char(data[at] ^ (1 << random.bounded(8))); break;
+                case 2: data.remove(at, random.bounded(1, 8)); break;
+                case 3: data.insert(at, char(random.bounded(256))); break;
+                // The trailer and the object markers are where binary lists go wrong.
+                default: data[std::max<qsizetype>(0, data.size() - 1 - random.bounded(std::min<qsizetype>(40, data.size())))] = char(random.bounded(256)); break;
+                }
+            }
+            (void)PropertyList::fromData(data);
+        }
+    }
+
+    void randomBytes()
+    {
+        QRandomGenerator random(20261123);
+        for (int round = 0; round < 20000; ++round) {
+            QByteArray data(random.bounded(0, 200), Qt::Uninitialized);
+            for (char &c : data)
+                c = char(random.bounded(256));
+            if (round % 2)
+                data.prepend("bplist00");
+            else if (round % 3 == 0)
+                data.prepend("<?xml version=\"1.0\"?><plist><dict><key>");
+            (void)PropertyList::fromData(data);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(PropertyListFuzz)
+#include "fuzz_propertylist.moc"

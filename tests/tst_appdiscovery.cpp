@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+#include "PlistBytes.h"
+#include "TestSupport.h"
+#include "models/InstalledApp.h"
+#include "platform/NativePath.h"
+#include "services/AppDiscoveryService.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cstdio>
+#include <memory>
+
+using TestSupport::makeFolder;
+using TestSupport::writeFile;
+
+namespace {
+
+QByteArray info(const QByteArray &body)
+{
+    return PlistBytes::xmlDictionary(body);
+}
+
+// A minimal bundle: an executable of payload bytes and, unless infoList is null, Contents/Info.plist.
+void writeBundle(const QString &bundle, const QByteArray &infoList, int payload = 100)
+{
+    writeFile(bundle + QStringLiteral("/Contents/MacOS/main"), QByteArray(payload, 'x'));
+    if (!infoList.isNull())
+        writeFile(bundle + QStringLiteral("/Contents/Info.plist"), infoList);
+}
+
+QStringList names(const QList<InstalledApp> &apps)
+{
+    QStringList out;
+    for (const InstalledApp &app : apps)
+        out.append(app.name);
+    return out;
+}
+
+} // namespace
+
+class AppDiscoveryTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Orders below are those of the C locale's stand-in, whatever language the machine runs in.
+    void initTestCase() { QLocale::setDefault(QLocale::c()); }
+
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        m_root = m_folder->path() + QStringLiteral("/root");
+        m_home = m_root + QStringLiteral("/Users/ann");
+        makeFolder(m_home);
+        TestSupport::useLayout(m_root, m_home);
+    }
+
+    void recordNameAndIdentifier_data()
+    {
+        QTest::addColumn<QString>("fileName");
+        QTest::addColumn<QByteArray>("infoList");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("identifier"); // null: absent
+        const QString none;
+        QTest::newRow("no info list") << "Foo Bar.app" << QByteArray() << "Foo Bar" << none;
+        QTest::newRow("both names") << "F.app" << info("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string><key>CFBundleIdentifier</key><string>com.Example.F</string>") << "Short" << "com.Example.F";
+        QTest::newRow("display name only") << "F.app" << info("<key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
+        QTest::newRow("numeric name falls to display") << "F.app" << info("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
+        QTest::newRow("numeric names fall to file name") << "File Name.app" << info("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/>") << "File Name" << none;
+        QTest::newRow("empty name accepted") << "F.app" << info("<key>CFBundleName</key><string></string><key>CFBundleDisplayName</key><string>Shown</string>") << "" << none;
+        QTest::newRow("numeric identifier is absent") << "F.app" << info("<key>CFBundleName</key><string>N</string><key>CFBundleIdentifier</key><integer>7</integer>") << "N" << none;
+        QTest::newRow("malformed info list") << "Broken.app" << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>") << "Broken" << none;
+        QTest::newRow("info list is an array") << "Arr.app" << PlistBytes::nestedXmlArrays(1) << "Arr" << none;
+        QTest::newRow("binary info list") << "B.app" << PlistBytes::binary({PlistBytes::Dictionary{{1, 2}, {3, 4}}, PlistBytes::String{"CFBundleName"}, PlistBytes::String{"CFBundleIdentifier"}, PlistBytes::String{"Bright"}, PlistBytes::String{"io.bright"}}) << "Bright" << "io.bright";
+        QTest::newRow("unicode file name") << "日本語エディタ.app" << QByteArray() << "日本語エディタ" << none;
+        QTest::newRow("dots in file name") << "Foo 1.2.app" << QByteArray() << "Foo 1.2" << none;
+    }
+    void recordNameAndIdentifier()
+    {
+        QFETCH(QString, fileName);
+        QFETCH(QByteArray, infoList);
+        QFETCH(QString, name);
+        QFETCH(QString, identifier);
+        const QString bundle = m_folder->path() + QLatin1Char('/') + fileName;
+        writeBundle(bundle, infoList);
+        const auto app = InstalledApp::from(bundle);
+        QVERIFY(app);
+        QCOMPARE(app->name, name);
+        QCOMPARE(app->bundleIdentifier.has_value(), !identifier.isNull());
+        if (!identifier.isNull())
+            QCOMPARE(*app->bundleIdentifier, identifier);
+        QCOMPARE(app->id, bundle);
+        QCOMPARE(app->path, QUrl::fromLocalFile(bundle));
+        QCOMPARE(app->size, qint64(100 + infoList.size()));
+    }
+
+    void recordRefusalsAndIdentity()
+    {
+        const QString base = m_folder->path();
+        writeBundle(base + QStringLiteral("/Foo.APP"), info("<key>CFBundleName</key><string>Foo</string>"));
+        QVERIFY(!InstalledApp::from(base + QStringLiteral("/Foo.APP")));
+        QVERIFY(!InstalledApp::from(base + QStringLiteral("/Foo.App")));
+        QVERIFY(!InstalledApp::from(base + QStringLiteral("/Foo")));
+
+        // A missing bundle, or a plain file named like one, is still a record: file name, nothing else.
+        const auto missing = InstalledApp::from(base + QStringLiteral("/Gone.app"));
+        QVERIFY(missing);
+        QCOMPARE(missing->name, QStringLiteral("Gone"));
+        QVERIFY(!missing->bundleIdentifier);
+        QCOMPARE(missing->size, 0);
+        QCOMPARE(missing->formattedSize(), QStringLiteral("Zero KB"));
+        writeFile(base + QStringLiteral("/X.app"), "not a bundle");
+        const auto plain = InstalledApp::from(QUrl::fromLocalFile(base + QStringLiteral("/X.app/")));
+        QVERIFY(plain);
+        QCOMPARE(plain->id, base + QStringLiteral("/X.app"));
+        QCOMPARE(plain->name, QStringLiteral("X"));
+        QCOMPARE(plain->size, 0);
+
+        // Same bundle, different size: same identity, unequal records.
+        const QString bundle = base + QStringLiteral("/Grow.app");
+        writeBundle(bundle, QByteArray());
+        const auto before = InstalledApp::from(bundle);
+        writeFile(bundle + QStringLiteral("/Contents/more"), "1234");
+        const auto after = InstalledApp::from(bundle);
+        QCOMPARE(before->id, after->id);
+        QCOMPARE(after->size, before->size + 4);
+        QVERIFY(*before != *after);
+        QCOMPARE(*after, *InstalledApp::from(bundle));
+        QCOMPARE(qHash(*after), qHash(*InstalledApp::from(bundle)));
+        InstalledApp absent = *after;
+        InstalledApp empty = *after;
+        empty.bundleIdentifier = QString();
+        QVERIFY(absent != empty);
+        QVERIFY(qHash(absent) != qHash(empty));
+    }
+
+    void discoveryEdgeCases()
+    {
+        const QString system = m_root + QStringLiteral("/Applications");
+        writeBundle(system + QStringLiteral("/zeta.app"), QByteArray());
+        writeBundle(system + QStringLiteral("/Alpha.app"), QByteArray());
+        writeBundle(system + QStringLiteral("/Notes.app"), QByteArray());
+        writeBundle(system + QStringLiteral("/Utilities/Terminal.app"), QByteArray());
+        writeBundle(system + QStringLiteral("/.Hidden.app"), QByteArray());
+        writeBundle(system + QStringLiteral("/Loud.APP"), QByteArray());
+        writeBundle(system + QStringLiteral("/Folder"), QByteArray());
+        writeFile(system + QStringLiteral("/Plain.app"), "x");
+        writeFile(system + QStringLiteral("/readme.txt"), "x");
+
+        // No ~/Applications: the system folder alone, no error.
+        QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()),
+                 (QStringList{QStringLiteral("Alpha"), QStringLiteral("Notes"), QStringLiteral("Plain"), QStringLiteral("zeta")}));
+
+        const QString home = m_home + QStringLiteral("/Applications");
+        writeBundle(home + QStringLiteral("/notes.app"), QByteArray());
+        writeBundle(home + QStringLiteral("/beta.app"), QByteArray());
+        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
+        QCOMPARE(names(apps), (QStringList{QStringLiteral("Alpha"), QStringLiteral("beta"), QStringLiteral("Notes"),
+                                           QStringLiteral("notes"), QStringLiteral("Plain"), QStringLiteral("zeta")}));
+        // Equal names keep discovery order: the system folder first.
+        QCOMPARE(apps.at(2).id, system + QStringLiteral("/Notes.app"));
+        QCOMPARE(apps.at(3).id, home + QStringLiteral("/notes.app"));
+
+        // Without the system folder the home folder is still listed.
+        QVERIFY(QDir(system).rename(system, m_root + QStringLiteral("/Elsewhere")));
+        QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), (QStringList{QStringLiteral("beta"), QStringLiteral("notes")}));
+    }
+
+    // A folder name that is not UTF-8: the id keeps the exact bytes, the shown name marks the bad byte.
+    void nameThatIsNotUtf8()
+    {
+        const QByteArray bytes("Caf\xe9.app");
+        const QString bundle = m_root + QStringLiteral("/Applications/") + NativePath::decode(bytes);
+        // QFile would write the bytes as U+FFFD; build under a plain name and rename with the raw bytes.
+        writeBundle(m_root + QStringLiteral("/Applications/plain.app"), QByteArray(), 321);
+        QCOMPARE(::rename(NativePath::encode(m_root + QStringLiteral("/Applications/plain.app")).constData(),
+                          NativePath::encode(bundle).constData()), 0);
+        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
+        QCOMPARE(apps.size(), 1);
+        QCOMPARE(NativePath::encode(apps.constFirst().id), NativePath::encode(m_root) + "/Applications/" + bytes);
+        QCOMPARE(apps.constFirst().name, QStringLiteral("Caf\uFFFD"));
+        QCOMPARE(apps.constFirst().size, 321);
+    }
+
+    void sameFolderListedOnce()
+    {
+        // A home folder equal to the root makes both applications folders the same path strings.
+        writeBundle(m_root + QStringLiteral("/Applications/Only.app"), QByteArray());
+        TestSupport::useLayout(m_root, m_root + QLatin1Char('/'));
+        QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), QStringList{QStringLiteral("Only")});
+    }
+
+    void sampleMac()
+    {
+        QString log;
+        m_root = m_folder->path() + QStringLiteral("/sample");
+        m_home = TestSupport::sampleHome(m_root);
+        QVERIFY2(TestSupport::generateSampleMac(m_root, 3, QStringLiteral("small"), &log), qPrintable(log));
+        TestSupport::useLayout(m_root, m_home);
+        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
+        QCOMPARE(names(apps), (QStringList{
+            QStringLiteral("Acme Notes"), QStringLiteral("Anon"), QStringLiteral("Brightline"), QStringLiteral("Broken"),
+            QStringLiteral("Café Über"), QStringLiteral("Display Only Pro"), QStringLiteral("Go"), QStringLiteral("Home Tool"),
+            QStringLiteral("NoInfo"), QStringLiteral("notes"), QStringLiteral("Numbered Display"), QStringLiteral("X"),
+            QStringLiteral("Zeta Tools"), QStringLiteral("日本語エディタ")}));
+        QHash<QString, InstalledApp> byName;
+        for (const InstalledApp &app : apps)
+            byName.insert(app.name, app);
+        QCOMPARE(byName.value(QStringLiteral("Brightline")).bundleIdentifier, std::optional<QString>(QStringLiteral("io.brightline.Brightline")));
+        QCOMPARE(byName.value(QStringLiteral("Numbered Display")).bundleIdentifier, std::optional<QString>(QStringLiteral("org.sample.numbered")));
+        QVERIFY(!byName.value(QStringLiteral("Anon")).bundleIdentifier);
+        QVERIFY(!byName.value(QStringLiteral("Broken")).bundleIdentifier);
+        QCOMPARE(byName.value(QStringLiteral("X")).size, 0);
+        QCOMPARE(byName.value(QStringLiteral("Home Tool")).id, m_home + QStringLiteral("/Applications/Home Tool.app"));
+        // Zeta's helper app, framework links and .DS_Store add nothing; its own files do.
+        const QString zeta = m_root + QStringLiteral("/Applications/Zeta Tools.app/Contents");
+        const qint64 expected = QFileInfo(zeta + QStringLiteral("/MacOS/Zeta Tools")).size()
+            + QFileInfo(zeta + QStringLiteral("/Resources/AppIcon.icns")).size() + QFileInfo(zeta + QStringLiteral("/PkgInfo")).size()
+            + QFileInfo(zeta + QStringLiteral("/Info.plist")).size()
+            + QFileInfo(zeta + QStringLiteral("/Frameworks/ZetaKit.framework/Versions/A/ZetaKit")).size()
+            + QFileInfo(zeta + QStringLiteral("/Frameworks/ZetaKit.framework/Versions/A/Resources/Info.plist")).size();
+        QCOMPARE(byName.value(QStringLiteral("Zeta Tools")).size, expected);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_root;
+    QString m_home;
+};
+
+QTEST_GUILESS_MAIN(AppDiscoveryTest)
+#include "tst_appdiscovery.moc"

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "TestSupport.h"
+#include "models/LeftoverCategory.h"
+#include "models/LeftoverItem.h"
+#include "models/OrphanConfidence.h"
+#include "models/OrphanedAppGroup.h"
+#include "models/ScanResult.h"
+
+#include <QTest>
+
+class RecordsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void categoryRawValues()
+    {
+        const QStringList titles{"Application", "Application Support", "Caches", "Preferences", "Containers",
+                                 "Group Containers", "Logs", "Saved Application State", "WebKit", "HTTP Storages",
+                                 "Launch Agents", "Launch Daemons", "Privileged Helper Tools", "Plugins & Extensions",
+                                 "Preference Panes", "Other Related Files"};
+        QCOMPARE(qsizetype(LeftoverCategories::allCases.size()), titles.size());
+        for (qsizetype k = 0; k < titles.size(); ++k) {
+            const LeftoverCategory category = LeftoverCategories::allCases[std::size_t(k)];
+            QCOMPARE(int(category), int(k)); // declaration order is display order
+            QCOMPARE(LeftoverCategories::rawValue(category), titles.at(k));
+            QCOMPARE(LeftoverCategories::fromRawValue(titles.at(k)), std::optional(category));
+            QCOMPARE(LeftoverCategories::systemLevel(category),
+                     category == LeftoverCategory::launchDaemons || category == LeftoverCategory::privilegedHelperTools);
+        }
+        QCOMPARE(LeftoverCategories::fromRawValue(QStringLiteral("Caches")), std::optional(LeftoverCategory::caches));
+        QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("caches")));
+        QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("Plugins")));
+        QVERIFY(!LeftoverCategories::fromRawValue(QString()));
+    }
+
+    void requiresAdmin_data()
+    {
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<LeftoverCategory>("category");
+        QTest::addColumn<bool>("admin");
+        QTest::newRow("system library") << "/" << "/Library/Application Support/Foo" << LeftoverCategory::applicationSupport << true;
+        QTest::newRow("user library") << "/" << "/Users/ann/Library/Application Support/Foo" << LeftoverCategory::applicationSupport << false;
+        QTest::newRow("daemon anywhere") << "/" << "/Users/ann/x.plist" << LeftoverCategory::launchDaemons << true;
+        QTest::newRow("helper anywhere") << "/" << "/tmp/helper" << LeftoverCategory::privilegedHelperTools << true;
+        QTest::newRow("prefix is plain text") << "/" << "/LibraryX/foo" << LeftoverCategory::other << true;
+        QTest::newRow("case-sensitive") << "/" << "/library/foo" << LeftoverCategory::other << false;
+        QTest::newRow("under the sample root") << "/tmp/mac" << "/tmp/mac/Library/Caches/x" << LeftoverCategory::caches << true;
+        QTest::newRow("root's Library outside the sample") << "/tmp/mac" << "/Library/Caches/x" << LeftoverCategory::caches << false;
+        QTest::newRow("home under the sample root") << "/tmp/mac" << "/tmp/mac/Users/ann/Library/Caches/x" << LeftoverCategory::caches << false;
+    }
+    void requiresAdmin()
+    {
+        QFETCH(QString, root);
+        QFETCH(QString, path);
+        QFETCH(LeftoverCategory, category);
+        QFETCH(bool, admin);
+        TestSupport::useLayout(root, root + QStringLiteral("/Users/ann"));
+        QCOMPARE(LeftoverItem::at(path, category, 1).requiresAdmin(), admin);
+    }
+
+    void confidence()
+    {
+        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::high), QStringLiteral("Likely removed app"));
+        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::medium), QStringLiteral("Possible leftover"));
+        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::uncertain), QStringLiteral("Uncertain match"));
+        QCOMPARE(OrphanConfidences::fromRawValue(QStringLiteral("Possible leftover")), std::optional(OrphanConfidence::medium));
+        QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("possible leftover")));
+        QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("Likely removed")));
+        QVERIFY(OrphanConfidences::sortOrder(OrphanConfidence::high) < OrphanConfidences::sortOrder(OrphanConfidence::medium));
+        QVERIFY(OrphanConfidences::sortOrder(OrphanConfidence::medium) < OrphanConfidences::sortOrder(OrphanConfidence::uncertain));
+    }
+
+    void itemAndGroupEquality()
+    {
+        TestSupport::useLayout(QStringLiteral("/"), QStringLiteral("/Users/ann"));
+        const LeftoverItem a = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Caches/a"), LeftoverCategory::caches, 100);
+        const LeftoverItem b = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Logs/b"), LeftoverCategory::logs, 250);
+        LeftoverItem resized = a;
+        resized.size = 101;
+        QVERIFY(a != resized);
+        QCOMPARE(a, LeftoverItem::at(a.id, a.category, a.size));
+        QCOMPARE(qHash(a), qHash(LeftoverItem::at(a.id, a.category, a.size)));
+        QCOMPARE(a.name(), QStringLiteral("a"));
+
+        const OrphanedAppGroup group{QStringLiteral("com.x"), QStringLiteral("X"), QStringLiteral("com.x"),
+                                     OrphanConfidence::high, QStringLiteral("Why."), {a, b}};
+        QCOMPARE(group.totalSize(), 350);
+        QCOMPARE(group.formattedTotalSize(), QStringLiteral("350 bytes"));
+        QCOMPARE(group.scanResult().items, (QList<LeftoverItem>{a, b}));
+        OrphanedAppGroup reordered = group;
+        reordered.items = {b, a};
+        QVERIFY(group != reordered);
+        QVERIFY(qHash(group) != qHash(reordered));
+        OrphanedAppGroup absent = group;
+        absent.bundleIdentifier.reset();
+        OrphanedAppGroup empty = group;
+        empty.bundleIdentifier = QString();
+        QVERIFY(absent != empty);
+        QVERIFY(qHash(absent) != qHash(empty));
+        QCOMPARE(OrphanedAppGroup{}.totalSize(), 0);
+
+        const ScanResult none;
+        QCOMPARE(none.totalSize(), 0);
+        for (const LeftoverCategory category : LeftoverCategories::allCases)
+            QVERIFY(none.itemsFor(category).isEmpty());
+        QCOMPARE(group.scanResult().itemsFor(LeftoverCategory::logs), QList<LeftoverItem>{b});
+    }
+};
+
+QTEST_GUILESS_MAIN(RecordsTest)
+#include "tst_records.moc"
