@@ -136,7 +136,7 @@ def _large(ctx):
     home = ctx.user
     count = 0
     for folder in KNOWN_FOLDERS:
-        for index in range(5_200):
+        for index in range(5_600):
             name = f"com.vendor{index % 97:02d}.tool{index:05d}"
             if folder == "Preferences":
                 ctx.write(home(f"Library/Preferences/{name}.plist"), b"p")
