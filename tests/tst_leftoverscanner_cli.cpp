@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TestSupport.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -24,11 +25,17 @@ class LeftoverScanCliTest : public QObject
         QString err;
     };
 
-    static Run cli(const QString &root, const QString &home, const QStringList &arguments)
+    static Run cli(const QString &root, const QString &home, const QStringList &arguments, bool unprivileged = false)
     {
+        QStringList command{QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), QStringLiteral("--root"), root,
+                            QStringLiteral("--home"), home};
+        if (unprivileged && TestSupport::runningAsRoot())
+            command = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                                  QStringLiteral("--clear-groups")} + command;
+        command += arguments;
+        const QString program = unprivileged && TestSupport::runningAsRoot() ? QStringLiteral("setpriv") : command.takeFirst();
         QProcess process;
-        process.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"),
-                      QStringList{QStringLiteral("--root"), root, QStringLiteral("--home"), home} + arguments);
+        process.start(program, command);
         if (!process.waitForFinished(120000))
             return {};
         return {process.exitCode(), process.readAllStandardOutput(), QString::fromUtf8(process.readAllStandardError())};
@@ -150,6 +157,23 @@ private Q_SLOTS:
         // Sizes are right-aligned in one column across every section.
         QCOMPARE(lines.at(caches + 1).indexOf(m_home), lines.at(daemons + 1).indexOf(m_root + QStringLiteral("/Library")));
         QVERIFY(std::any_of(lines.cbegin(), lines.cend(), [](const QString &line) { return line.startsWith(QStringLiteral("3 items, ")); }));
+    }
+
+    void unreadableFoldersArePassedOver()
+    {
+        // The sample locks ~/Library/Input Methods, which holds a match; root would read it anyway.
+        QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFile::ExeOther | QFile::ReadOther);
+        const QString home = TestSupport::sampleHome(m_sample);
+        const Run run = cli(m_sample, home, {QStringLiteral("scan"), QStringLiteral("Brightline"), QStringLiteral("--json")}, true);
+        if (run.exitCode == -1)
+            QSKIP("could not run kestrune-cli as an unprivileged user (setpriv missing?)");
+        QCOMPARE(run.exitCode, 0);
+        QStringList paths;
+        for (const QJsonValue &value : json(run).value("items").toArray())
+            paths.append(value.toObject().value("path").toString());
+        QVERIFY(paths.contains(home + QStringLiteral("/Library/Caches/io.brightline.Brightline")));
+        QVERIFY(!paths.contains(home + QStringLiteral("/Library/Input Methods/Brightline Input.app")));
+        QVERIFY(!paths.contains(home + QStringLiteral("/Library/Application Support/Brightline"))); // dangling link
     }
 
     void sampleMacEndToEnd()
