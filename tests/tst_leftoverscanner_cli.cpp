@@ -138,12 +138,6 @@ private Q_SLOTS:
             QVERIFY2(run.err.contains(text), qPrintable(run.err));
     }
 
-    void usageErrors()
-    {
-        QCOMPARE(cli({QStringLiteral("scan")}).exitCode, 2);
-        QCOMPARE(cli({QStringLiteral("scan"), QStringLiteral("Solo"), QStringLiteral("extra")}).exitCode, 2);
-    }
-
     void humanOutputGroupsByCategory()
     {
         const Run run = cli({QStringLiteral("scan"), QStringLiteral("Solo")});

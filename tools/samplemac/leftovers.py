@@ -77,7 +77,7 @@ def _acme(ctx):
     ctx.plist(ctx.system(f"/Library/LaunchDaemons/{ident}.helper.plist"),
               _launch(f"{ident}.helper", f"/Library/PrivilegedHelperTools/{ident}.helper"))
     ctx.plist(ctx.system("/Library/LaunchDaemons/com.unrelated.daemon.plist"), _launch("x", "/usr/sbin/x"))
-    # Spotlight: parts everywhere, a copy in Downloads, a translocated copy, and paths found already.
+    # Spotlight: pieces everywhere, a copy in Downloads, a translocated copy, and paths found already.
     downloads = home(f"Downloads/{name}.app")
     ctx.plist(downloads / "Contents" / "Info.plist", info(name, ident))
     ctx.write(downloads / "Contents" / "MacOS" / name, ctx.noise(3_000))
@@ -148,7 +148,7 @@ def _large(ctx):
             else:
                 ctx.write(home(f"Library/{folder}/{name}"), b"x")
             count += 1
-    cache = home("Library/Caches/io.brightline.Brightline/com.onevcat.Kingfisher.ImageCache")
+    cache = home("Library/Caches/io.brightline.Brightline/ImageCache")
     for bucket in range(100):
         for index in range(299):
             ctx.write(cache / f"{bucket:02x}" / f"{index:04x}", b"img")
