@@ -1,21 +1,124 @@
 // SPDX-License-Identifier: MIT
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
+#include "models/LeftoverCategory.h"
+#include "platform/ByteCountFormatter.h"
+#include "platform/FileSystem.h"
+#include "services/AppDiscoveryService.h"
+#include "services/LeftoverScannerService.h"
+
+#include <QJsonArray>
+
+namespace {
+
+QString describe(const InstalledApp &app)
+{
+    return QStringLiteral("%1 (%2) at %3")
+        .arg(app.name, app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier")), app.bundlePath());
+}
+
+void printHuman(const InstalledApp &app, const ScanResult &result)
+{
+    CliSupport::printLine(describe(app));
+    qsizetype sizeWidth = 0;
+    for (const LeftoverItem &item : result.items)
+        sizeWidth = std::max(sizeWidth, item.formattedSize().size());
+    for (const LeftoverCategory category : LeftoverCategories::allCases) {
+        const QList<LeftoverItem> items = result.itemsFor(category);
+        if (items.isEmpty())
+            continue;
+        CliSupport::printLine(QString());
+        CliSupport::printLine(LeftoverCategories::rawValue(category));
+        for (const LeftoverItem &item : items) {
+            CliSupport::printLine(QStringLiteral("  %1  %2%3")
+                                      .arg(item.formattedSize().rightJustified(sizeWidth), item.path(),
+                                           item.requiresAdmin() ? QStringLiteral("  (needs administrator)") : QString()));
+        }
+    }
+    CliSupport::printLine(QString());
+    CliSupport::printLine(QStringLiteral("%1 items, %2").arg(result.items.size()).arg(result.formattedTotalSize()));
+}
+
+} // namespace
 
 namespace Commands {
 
-int scan(const QStringList &arguments)
-{
-    Q_UNUSED(arguments)
-    CliSupport::printError(QStringLiteral("kestrune-cli: this command is not available yet"));
-    return 1;
-}
-
 std::optional<InstalledApp> resolveApp(const QString &target, QString *error)
 {
-    Q_UNUSED(target)
-    *error = QStringLiteral("not available yet");
+    QString path = target;
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    if (path.endsWith(QLatin1String(".app"))) {
+        if (std::optional<InstalledApp> app = InstalledApp::from(path))
+            return app;
+        *error = QStringLiteral("\"%1\" is not an application bundle path").arg(target);
+        return std::nullopt;
+    }
+
+    QList<InstalledApp> matches;
+    const QList<InstalledApp> installed = AppDiscoveryService::discoverInstalledApps();
+    for (const InstalledApp &app : installed) {
+        const bool byName = app.name.compare(target, Qt::CaseInsensitive) == 0;
+        const bool byIdentifier = app.bundleIdentifier && app.bundleIdentifier->compare(target, Qt::CaseInsensitive) == 0;
+        if (byName || byIdentifier)
+            matches.append(app);
+    }
+    if (matches.size() == 1)
+        return matches.constFirst();
+
+    if (matches.isEmpty()) {
+        *error = QStringLiteral("no installed app is named or identified as \"%1\"; give its name, its bundle "
+                                "identifier or a path ending in \".app\" (kestrune-cli apps lists them)")
+                     .arg(target);
+    } else {
+        QStringList candidates;
+        for (const InstalledApp &app : std::as_const(matches))
+            candidates.append(QStringLiteral("  ") + describe(app));
+        *error = QStringLiteral("\"%1\" matches %2 installed apps; give the path of the one you mean:\n%3")
+                     .arg(target)
+                     .arg(matches.size())
+                     .arg(candidates.join(QLatin1Char('\n')));
+    }
     return std::nullopt;
+}
+
+int scan(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addOption(json);
+    if (!CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
+        return 2;
+    const bool asJson = parser.isSet(json);
+    const QString target = parser.positionalArguments().constFirst();
+
+    std::optional<InstalledApp> app;
+    QString error;
+    ScanResult result;
+    CliSupport::runWithProgress(QStringLiteral("Scanning…"), !asJson, [&] {
+        app = resolveApp(target, &error);
+        if (app)
+            result = LeftoverScannerService::scan(*app).result();
+    });
+    if (!app) {
+        CliSupport::printError(QStringLiteral("kestrune-cli scan: ") + error);
+        return 1;
+    }
+
+    if (asJson) {
+        QJsonArray items;
+        for (const LeftoverItem &item : std::as_const(result.items))
+            items.append(CliSupport::itemJson(item));
+        CliSupport::printJson(QJsonObject{
+            {QStringLiteral("app"), CliSupport::appJson(*app)},
+            {QStringLiteral("items"), items},
+            {QStringLiteral("totalSize"), result.totalSize()},
+            {QStringLiteral("formattedTotalSize"), result.formattedTotalSize()},
+        });
+        return 0;
+    }
+    printHuman(*app, result);
+    return 0;
 }
 
 } // namespace Commands

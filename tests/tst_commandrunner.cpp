@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "TestSupport.h"
+#include "platform/CommandRunner.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtConcurrent>
+
+class CommandRunnerTest : public QObject
+{
+    Q_OBJECT
+
+    static std::optional<QString> shell(const QString &script, int timeoutMs = -1)
+    {
+        return CommandRunner::run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, timeoutMs);
+    }
+
+private Q_SLOTS:
+    void outputCap_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("empty") << qint64(0) << true;
+        QTest::newRow("exactly the cap") << CommandRunner::outputLimit << true;
+        QTest::newRow("one byte over") << CommandRunner::outputLimit + 1 << false;
+    }
+    void outputCap()
+    {
+        QFETCH(qint64, bytes);
+        QFETCH(bool, accepted);
+        const auto output = shell(QStringLiteral("head -c %1 /dev/zero | tr '\\0' a").arg(bytes));
+        QCOMPARE(output.has_value(), accepted);
+        if (accepted)
+            QCOMPARE(output->size(), bytes);
+    }
+
+    void failuresAreAbsent_data()
+    {
+        QTest::addColumn<QString>("executable");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("missing program") << "/nonexistent/mdfind" << QStringList();
+        QTest::newRow("not executable") << "/etc/hostname" << QStringList();
+        QTest::newRow("non-zero exit with output") << "/bin/sh" << QStringList{"-c", "echo found; exit 3"};
+        QTest::newRow("killed by a signal") << "/bin/sh" << QStringList{"-c", "echo found; kill -9 $$"};
+        QTest::newRow("not UTF-8") << "/bin/sh" << QStringList{"-c", "printf '/tmp/\\377\\n'"};
+    }
+    void failuresAreAbsent()
+    {
+        QFETCH(QString, executable);
+        QFETCH(QStringList, arguments);
+        QCOMPARE(CommandRunner::run(executable, arguments), std::nullopt);
+    }
+
+    void argumentsAndTextArriveIntact()
+    {
+        const QString query = QStringLiteral("kMDItemCFBundleIdentifier == 'com.example.Ünï'");
+        const auto output = CommandRunner::run(QStringLiteral("/bin/printf"), {QStringLiteral("%s\\n"), query});
+        QCOMPARE(output, std::optional<QString>(query + QLatin1Char('\n')));
+    }
+
+    void standardErrorFloodDoesNotBlock()
+    {
+        // Far beyond any pipe buffer, on both channels, with the result printed last.
+        QElapsedTimer timer;
+        timer.start();
+        const auto output = shell(QStringLiteral("head -c 30000000 /dev/zero >&2; head -c 300000 /dev/zero | tr '\\0' b; echo; echo done"),
+                                  60000);
+        QVERIFY(output.has_value());
+        QVERIFY(output->endsWith(QStringLiteral("\ndone\n")));
+        QVERIFY(timer.elapsed() < 60000);
+    }
+
+    void timeout()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(shell(QStringLiteral("echo early; sleep 30"), 300), std::nullopt);
+        QVERIFY(timer.elapsed() < 10000);
+        // Closing its output does not end the wait: the exit does.
+        QCOMPARE(shell(QStringLiteral("exec >&-; sleep 30"), 300), std::nullopt);
+        QCOMPARE(shell(QStringLiteral("echo quick"), 10000), std::optional<QString>(QStringLiteral("quick\n")));
+    }
+
+    void runsOnAWorkerThread()
+    {
+        // The scan calls it from the thread pool, where no event loop runs.
+        const auto output = QtConcurrent::run([] { return shell(QStringLiteral("sleep 0.2; echo pooled")); }).result();
+        QCOMPARE(output, std::optional<QString>(QStringLiteral("pooled\n")));
+    }
+};
+
+QTEST_GUILESS_MAIN(CommandRunnerTest)
+#include "tst_commandrunner.moc"

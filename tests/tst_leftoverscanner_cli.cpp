@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+#include "TestSupport.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+// kestrune-cli scan, end to end, against sample Macs in a temporary folder.
+class LeftoverScanCliTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_root;
+    QString m_home;
+    QString m_sample;
+
+    struct Run {
+        int exitCode = -1;
+        QByteArray out;
+        QString err;
+    };
+
+    static Run cli(const QString &root, const QString &home, const QStringList &arguments, bool unprivileged = false)
+    {
+        QStringList command{QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), QStringLiteral("--root"), root,
+                            QStringLiteral("--home"), home};
+        if (unprivileged && TestSupport::runningAsRoot())
+            command = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                                  QStringLiteral("--clear-groups")} + command;
+        command += arguments;
+        const QString program = unprivileged && TestSupport::runningAsRoot() ? QStringLiteral("setpriv") : command.takeFirst();
+        QProcess process;
+        process.start(program, command);
+        if (!process.waitForFinished(120000))
+            return {};
+        return {process.exitCode(), process.readAllStandardOutput(), QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    Run cli(const QStringList &arguments) const { return cli(m_root, m_home, arguments); }
+
+    void bundle(const QString &path, const QString &name, const QString &identifier) const
+    {
+        TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"),
+                               QStringLiteral("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
+                                              "<key>CFBundleName</key><string>%1</string>"
+                                              "<key>CFBundleIdentifier</key><string>%2</string></dict></plist>")
+                                   .arg(name, identifier)
+                                   .toUtf8());
+    }
+
+    static QJsonObject json(const Run &run)
+    {
+        return QJsonDocument::fromJson(run.out).object();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_root = m_dir.path() + QStringLiteral("/mac");
+        m_home = m_root + QStringLiteral("/Users/ann");
+        bundle(m_root + QStringLiteral("/Applications/Twin.app"), QStringLiteral("Twin"), QStringLiteral("com.a.twin"));
+        bundle(m_home + QStringLiteral("/Applications/Twin Copy.app"), QStringLiteral("twin"), QStringLiteral("com.b.twin"));
+        bundle(m_root + QStringLiteral("/Applications/Solo.app"), QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
+        TestSupport::writeFile(m_home + QStringLiteral("/Library/Caches/com.example.Solo/db"), "12345678");
+        TestSupport::writeFile(m_root + QStringLiteral("/Library/LaunchDaemons/com.example.Solo.plist"), "broken");
+        m_sample = m_dir.path() + QStringLiteral("/sample");
+        QString log;
+        QVERIFY2(TestSupport::generateSampleMac(m_sample, 1, QStringLiteral("small"), &log), qPrintable(log));
+    }
+
+    void resolvesTargets_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("bundlePath");
+        QTest::newRow("name, any case") << "sOLO" << "/Applications/Solo.app";
+        QTest::newRow("identifier, any case") << "COM.EXAMPLE.solo" << "/Applications/Solo.app";
+        QTest::newRow("installed path") << "@/Applications/Solo.app" << "/Applications/Solo.app";
+        QTest::newRow("path with trailing slash") << "@/Applications/Solo.app/" << "/Applications/Solo.app";
+        QTest::newRow("identifier picks one twin") << "com.b.twin" << "/Users/ann/Applications/Twin Copy.app";
+    }
+    void resolvesTargets()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, bundlePath);
+        target.replace(QLatin1Char('@'), m_root);
+        const Run run = cli({QStringLiteral("scan"), target, QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 0);
+        const QJsonObject result = json(run);
+        QCOMPARE(result.value("app").toObject().value("path").toString(), m_root + bundlePath);
+        const QJsonArray items = result.value("items").toArray();
+        QCOMPARE(items.first().toObject().value("category").toString(), QStringLiteral("Application"));
+        qint64 total = 0;
+        for (const QJsonValue &item : items)
+            total += item.toObject().value("size").toInteger();
+        QCOMPARE(result.value("totalSize").toInteger(), total);
+    }
+
+    void pathsNeedNotBeInstalled()
+    {
+        // Not in an applications folder, and then not there at all: the leftovers are found by file name.
+        const QString elsewhere = m_dir.path() + QStringLiteral("/elsewhere/Solo.app");
+        bundle(elsewhere, QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
+        Run run = cli({QStringLiteral("scan"), elsewhere, QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 0);
+        // The bundle, the cache and the daemon list (unreadable, matched by its file name).
+        QCOMPARE(json(run).value("items").toArray().size(), 3);
+
+        run = cli({QStringLiteral("scan"), m_dir.path() + QStringLiteral("/gone/Solo.app"), QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 0);
+        const QJsonObject result = json(run);
+        QCOMPARE(result.value("app").toObject().value("bundleIdentifier"), QJsonValue());
+        QCOMPARE(result.value("items").toArray().size(), 1);
+        QCOMPARE(result.value("items").toArray().first().toObject().value("name").toString(), QStringLiteral("com.example.Solo"));
+    }
+
+    void unresolvedTargetsFail_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QStringList>("mentioned");
+        QTest::newRow("unknown") << "Nothing Like It" << QStringList{"Nothing Like It"};
+        QTest::newRow("ambiguous name") << "TWIN" << QStringList{"com.a.twin", "com.b.twin", "Twin Copy.app"};
+        QTest::newRow("partial name") << "Sol" << QStringList{"Sol"};
+    }
+    void unresolvedTargetsFail()
+    {
+        QFETCH(QString, target);
+        QFETCH(QStringList, mentioned);
+        const Run run = cli({QStringLiteral("scan"), target, QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(run.out.isEmpty());
+        for (const QString &text : mentioned)
+            QVERIFY2(run.err.contains(text), qPrintable(run.err));
+    }
+
+    void humanOutputGroupsByCategory()
+    {
+        const Run run = cli({QStringLiteral("scan"), QStringLiteral("Solo")});
+        QCOMPARE(run.exitCode, 0);
+        const QStringList lines = QString::fromUtf8(run.out).split(QLatin1Char('\n'));
+        const qsizetype caches = lines.indexOf(QStringLiteral("Caches"));
+        const qsizetype daemons = lines.indexOf(QStringLiteral("Launch Daemons"));
+        QVERIFY(caches > 0 && daemons > caches);
+        QVERIFY(lines.at(caches + 1).endsWith(m_home + QStringLiteral("/Library/Caches/com.example.Solo")));
+        QVERIFY(lines.at(caches + 1).contains(QStringLiteral("8 bytes")));
+        // Sizes are right-aligned in one column across every section.
+        QCOMPARE(lines.at(caches + 1).indexOf(m_home), lines.at(daemons + 1).indexOf(m_root + QStringLiteral("/Library")));
+        QVERIFY(std::any_of(lines.cbegin(), lines.cend(), [](const QString &line) { return line.startsWith(QStringLiteral("3 items, ")); }));
+    }
+
+    void unreadableFoldersArePassedOver()
+    {
+        // The sample locks ~/Library/Input Methods, which holds a match; root would read it anyway.
+        QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFile::ExeOther | QFile::ReadOther);
+        const QString home = TestSupport::sampleHome(m_sample);
+        const Run run = cli(m_sample, home, {QStringLiteral("scan"), QStringLiteral("Brightline"), QStringLiteral("--json")}, true);
+        if (run.exitCode == -1)
+            QSKIP("could not run kestrune-cli as an unprivileged user (setpriv missing?)");
+        QCOMPARE(run.exitCode, 0);
+        QStringList paths;
+        for (const QJsonValue &value : json(run).value("items").toArray())
+            paths.append(value.toObject().value("path").toString());
+        QVERIFY(paths.contains(home + QStringLiteral("/Library/Caches/io.brightline.Brightline")));
+        QVERIFY(!paths.contains(home + QStringLiteral("/Library/Input Methods/Brightline Input.app")));
+        QVERIFY(!paths.contains(home + QStringLiteral("/Library/Application Support/Brightline"))); // dangling link
+    }
+
+    void sampleMacEndToEnd()
+    {
+        const QString home = TestSupport::sampleHome(m_sample);
+        const Run run = cli(m_sample, home, {QStringLiteral("scan"), QStringLiteral("com.acme.notes"), QStringLiteral("--json")});
+        QCOMPARE(run.exitCode, 0);
+        QHash<QString, QString> found;
+        for (const QJsonValue &value : json(run).value("items").toArray())
+            found.insert(value.toObject().value("path").toString(), value.toObject().value("category").toString());
+        const QString library = home + QStringLiteral("/Library/");
+        const QList<std::pair<QString, QString>> expected = {
+            {m_sample + "/Applications/Acme Notes.app", "Application"},
+            {home + "/Downloads/Acme Notes.app", "Other Related Files"},
+            {m_sample + "/private/var/folders/zz/T/AppTranslocation/4F2A/d/Acme Notes.app", "Other Related Files"},
+            {library + "Containers/com.acme.notes.share-extension", "Containers"},
+            {library + "Caches/Spotlight/com.acme.notes.index", "Caches"},
+            {library + "Preferences/ByHost/com.acme.notes.0A1B2C3D.plist", "Preferences"},
+            {library + "LaunchAgents/com.other.agent.plist", "Launch Agents"},
+            {library + "LaunchAgents/com.acme.notes.sync.plist", "Launch Agents"},
+            {library + "LaunchAgents/com.acme.notes.garbage.plist", "Launch Agents"},
+            {m_sample + "/Library/PrivilegedHelperTools/com.acme.notes.helper", "Privileged Helper Tools"},
+        };
+        for (const auto &[path, category] : expected)
+            QVERIFY2(found.value(path) == category, qPrintable(path + QStringLiteral(": ") + found.value(path)));
+        for (const QString &absent : {library + "Preferences/ByHost/com.acme.notesX.plist",
+                                      library + "LaunchAgents/com.nested.agent.plist",
+                                      library + "Caches/gone-since-indexing"})
+            QVERIFY2(!found.contains(absent), qPrintable(absent));
+    }
+};
+
+QTEST_GUILESS_MAIN(LeftoverScanCliTest)
+#include "tst_leftoverscanner_cli.moc"
