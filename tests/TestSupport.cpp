@@ -9,7 +9,38 @@
 #include <QProcess>
 #include <QTest>
 
+#include <filesystem>
+#include <mutex>
 #include <unistd.h>
+
+namespace {
+
+// Sample Macs hold names that are not UTF-8, which QTemporaryDir cannot delete; whatever it leaves
+// behind is removed byte for byte when the test process ends.
+struct SampleMacSweeper {
+    std::mutex mutex;
+    std::vector<std::filesystem::path> folders;
+    ~SampleMacSweeper()
+    {
+        for (const auto &folder : folders) {
+            std::error_code ignored;
+            std::filesystem::remove_all(folder, ignored);
+            // The temporary folder around it is left empty by QTemporaryDir's failed attempt.
+            for (auto parent = folder.parent_path(); !ignored && parent.has_relative_path(); parent = parent.parent_path()) {
+                if (!std::filesystem::remove(parent, ignored))
+                    break;
+            }
+        }
+    }
+};
+
+SampleMacSweeper &sweeper()
+{
+    static SampleMacSweeper instance;
+    return instance;
+}
+
+} // namespace
 
 namespace TestSupport {
 
@@ -33,8 +64,15 @@ void makeSymlink(const QString &target, const QString &linkPath)
              qPrintable(linkPath));
 }
 
+void sweepOnExit(const QString &folder)
+{
+    std::lock_guard lock(sweeper().mutex);
+    sweeper().folders.emplace_back(NativePath::encode(QDir(folder).absolutePath()).toStdString());
+}
+
 bool generateSampleMac(const QString &folder, int seed, const QString &scale, QString *log)
 {
+    sweepOnExit(folder);
     QProcess generator;
     generator.setProcessChannelMode(QProcess::MergedChannels);
     generator.start(QStringLiteral("python3"),

@@ -13,6 +13,10 @@ void writeFile(const QString &path, const QByteArray &contents = QByteArray());
 void makeFolder(const QString &path);
 void makeSymlink(const QString &target, const QString &linkPath);
 
+// Removes the folder byte for byte when the test process ends: QTemporaryDir cannot delete names that
+// are not UTF-8. generateSampleMac does this for its folder.
+void sweepOnExit(const QString &folder);
+
 // A sample Mac written by the generator into folder: root is folder, home is folder/Users/ann.
 // Returns false (with the generator's output in *log) when the generator failed.
 [[nodiscard]] bool generateSampleMac(const QString &folder, int seed = 1, const QString &scale = QStringLiteral("small"),

@@ -53,6 +53,7 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
+        TestSupport::sweepOnExit(m_folder->path());
         m_root = m_folder->path() + QStringLiteral("/root");
         m_home = m_root + QStringLiteral("/Users/ann");
         makeFolder(m_home);

@@ -37,9 +37,14 @@ QString adminNote(const LeftoverItem &item)
 // Lines for people go to stderr in JSON mode, so stdout stays one JSON document.
 void printList(const QList<LeftoverItem> &items, bool toStderr)
 {
+    qsizetype categoryWidth = 0;
+    for (const LeftoverItem &item : items)
+        categoryWidth = std::max(categoryWidth, LeftoverCategories::rawValue(item.category).size());
     for (const LeftoverItem &item : items) {
         const QString line = QStringLiteral("%1  %2  %3%4")
-                                 .arg(item.formattedSize().rightJustified(10), LeftoverCategories::rawValue(item.category), item.path(), adminNote(item));
+                                 .arg(item.formattedSize().rightJustified(10),
+                                      LeftoverCategories::rawValue(item.category).leftJustified(categoryWidth),
+                                      item.path(), adminNote(item));
         toStderr ? CliSupport::printError(line) : CliSupport::printLine(line);
     }
 }
