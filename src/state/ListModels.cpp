@@ -15,12 +15,7 @@ int roleOf(Role role)
 
 } // namespace
 
-InstalledAppListModel::InstalledAppListModel(QObject *parent) : QAbstractListModel(parent) {}
-
-int InstalledAppListModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : int(m_records.size());
-}
+InstalledAppListModel::InstalledAppListModel(QObject *parent) : RecordListModel(parent) {}
 
 QVariant InstalledAppListModel::data(const QModelIndex &index, int role) const
 {
@@ -50,22 +45,11 @@ QHash<int, QByteArray> InstalledAppListModel::roleNames() const
 
 void InstalledAppListModel::setRecords(const QList<InstalledApp> &records)
 {
-    if (m_records == records)
-        return;
-    const bool countChanges = m_records.size() != records.size();
-    beginResetModel();
-    m_records = records;
-    endResetModel();
-    if (countChanges)
-        Q_EMIT countChanged();
+    if (m_records != records)
+        resetRows([&] { m_records = records; });
 }
 
-OrphanGroupListModel::OrphanGroupListModel(QObject *parent) : QAbstractListModel(parent) {}
-
-int OrphanGroupListModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : int(m_records.size());
-}
+OrphanGroupListModel::OrphanGroupListModel(QObject *parent) : RecordListModel(parent) {}
 
 QVariant OrphanGroupListModel::data(const QModelIndex &index, int role) const
 {
@@ -99,22 +83,11 @@ QHash<int, QByteArray> OrphanGroupListModel::roleNames() const
 
 void OrphanGroupListModel::setRecords(const QList<OrphanedAppGroup> &records)
 {
-    if (m_records == records)
-        return;
-    const bool countChanges = m_records.size() != records.size();
-    beginResetModel();
-    m_records = records;
-    endResetModel();
-    if (countChanges)
-        Q_EMIT countChanged();
+    if (m_records != records)
+        resetRows([&] { m_records = records; });
 }
 
-LeftoverItemListModel::LeftoverItemListModel(QObject *parent) : QAbstractListModel(parent) {}
-
-int LeftoverItemListModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : int(m_records.size());
-}
+LeftoverItemListModel::LeftoverItemListModel(QObject *parent) : RecordListModel(parent) {}
 
 QVariant LeftoverItemListModel::data(const QModelIndex &index, int role) const
 {
@@ -149,13 +122,10 @@ QHash<int, QByteArray> LeftoverItemListModel::roleNames() const
 void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs)
 {
     if (m_records != records) {
-        const bool countChanges = m_records.size() != records.size();
-        beginResetModel();
-        m_records = records;
-        m_selectedIDs = selectedIDs;
-        endResetModel();
-        if (countChanges)
-            Q_EMIT countChanged();
+        resetRows([&] {
+            m_records = records;
+            m_selectedIDs = selectedIDs;
+        });
         return;
     }
     const QSet<QString> previous = std::exchange(m_selectedIDs, selectedIDs);
@@ -169,12 +139,7 @@ void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const
     }
 }
 
-CategorySectionListModel::CategorySectionListModel(QObject *parent) : QAbstractListModel(parent) {}
-
-int CategorySectionListModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : int(m_sections.size());
-}
+CategorySectionListModel::CategorySectionListModel(QObject *parent) : RecordListModel(parent) {}
 
 QVariant CategorySectionListModel::data(const QModelIndex &index, int role) const
 {
@@ -209,12 +174,7 @@ void CategorySectionListModel::setSections(const QList<Section> &sections)
                           [](const Section &a, const Section &b) { return a.category == b.category; });
     };
     if (!sameCategories()) {
-        const bool countChanges = m_sections.size() != sections.size();
-        beginResetModel();
-        m_sections = sections;
-        endResetModel();
-        if (countChanges)
-            Q_EMIT countChanged();
+        resetRows([&] { m_sections = sections; });
         return;
     }
     for (int row = 0; row < sections.size(); ++row) {

@@ -13,35 +13,61 @@
 // The view model owns these and refills them; a refill with equal rows sends no reset, so a view keeps
 // its scroll position and current row across unrelated state changes.
 
-class InstalledAppListModel : public QAbstractListModel {
+// What every list of records shares: the row count, the `count` property and the one reset step.
+class RecordListModel : public QAbstractListModel {
+    Q_OBJECT
+    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const final
+    {
+        return parent.isValid() ? 0 : int(recordCount());
+    }
+
+Q_SIGNALS:
+    void countChanged();
+
+protected:
+    [[nodiscard]] virtual qsizetype recordCount() const = 0;
+
+    // Replaces every row inside one reset; `count` is announced only when it changed.
+    template<typename Update>
+    void resetRows(Update update)
+    {
+        const qsizetype before = recordCount();
+        beginResetModel();
+        update();
+        endResetModel();
+        if (recordCount() != before)
+            Q_EMIT countChanged();
+    }
+};
+
+class InstalledAppListModel : public RecordListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
-    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 public:
     enum class Role { id = Qt::UserRole + 1, name, path, bundleIdentifier, size, formattedSize };
 
     explicit InstalledAppListModel(QObject *parent = nullptr);
 
-    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] const QList<InstalledApp> &records() const { return m_records; }
     void setRecords(const QList<InstalledApp> &records);
 
-Q_SIGNALS:
-    void countChanged();
-
 private:
+    [[nodiscard]] qsizetype recordCount() const override { return m_records.size(); }
     QList<InstalledApp> m_records;
 };
 
-class OrphanGroupListModel : public QAbstractListModel {
+class OrphanGroupListModel : public RecordListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
-    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 public:
     enum class Role {
         id = Qt::UserRole + 1,
@@ -56,27 +82,23 @@ public:
 
     explicit OrphanGroupListModel(QObject *parent = nullptr);
 
-    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] const QList<OrphanedAppGroup> &records() const { return m_records; }
     void setRecords(const QList<OrphanedAppGroup> &records);
 
-Q_SIGNALS:
-    void countChanged();
-
 private:
+    [[nodiscard]] qsizetype recordCount() const override { return m_records.size(); }
     QList<OrphanedAppGroup> m_records;
 };
 
 // Items of a result with their tick, in display order: by category in declaration order, then in the
 // result's order, so a view can section them by `category`.
-class LeftoverItemListModel : public QAbstractListModel {
+class LeftoverItemListModel : public RecordListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
-    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 public:
     enum class Role {
         id = Qt::UserRole + 1,
@@ -91,28 +113,24 @@ public:
 
     explicit LeftoverItemListModel(QObject *parent = nullptr);
 
-    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] const QList<LeftoverItem> &records() const { return m_records; }
     void setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs);
 
-Q_SIGNALS:
-    void countChanged();
-
 private:
+    [[nodiscard]] qsizetype recordCount() const override { return m_records.size(); }
     QList<LeftoverItem> m_records;
     QSet<QString> m_selectedIDs;
 };
 
 // One row per category that holds items of the active result, for the section headers and their
 // select-all boxes.
-class CategorySectionListModel : public QAbstractListModel {
+class CategorySectionListModel : public RecordListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
-    Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 public:
     enum class Role { category = Qt::UserRole + 1, systemLevel, itemCount, selectedCount, size, formattedSize };
 
@@ -127,16 +145,13 @@ public:
 
     explicit CategorySectionListModel(QObject *parent = nullptr);
 
-    [[nodiscard]] int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] const QList<Section> &sections() const { return m_sections; }
     void setSections(const QList<Section> &sections);
 
-Q_SIGNALS:
-    void countChanged();
-
 private:
+    [[nodiscard]] qsizetype recordCount() const override { return m_sections.size(); }
     QList<Section> m_sections;
 };
