@@ -5,6 +5,7 @@
 //     responsiveness [--sample DIR]    (without --sample, a large sample Mac is generated in /tmp)
 
 #include "platform/FileSystemLayout.h"
+#include "platform/NativePath.h"
 #include "state/AppViewModel.h"
 
 #include <QCoreApplication>
@@ -12,11 +13,13 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
+#include <filesystem>
 #include <cstdio>
 #include <functional>
 
@@ -103,6 +106,13 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "cannot create a folder in /tmp\n");
         return 1;
     }
+    // The sample holds names that are not UTF-8 and read-only folders, which QTemporaryDir leaves.
+    scratch.setAutoRemove(false);
+    const std::filesystem::path scratchPath = NativePath::encode(scratch.path()).toStdString();
+    const auto removeScratch = qScopeGuard([&] {
+        std::error_code ignored;
+        std::filesystem::remove_all(scratchPath, ignored);
+    });
     // Nothing is moved below, but a Trash must never be the real one.
     qputenv("XDG_DATA_HOME", scratch.filePath(QStringLiteral("xdg")).toLocal8Bit());
 
