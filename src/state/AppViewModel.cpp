@@ -316,9 +316,16 @@ QStringList AppViewModel::selectedItemIDList() const
 
 void AppViewModel::refreshDerived()
 {
-    m_visibleOrphansModel.setRecords(visibleOrphans());
-    m_filteredAppsModel.setRecords(filteredApps());
-    m_filteredOrphansModel.setRecords(filteredOrphans());
+    // Lists are replaced whole, never edited in place, so sharing the same data means unchanged.
+    const bool sidebarUnchanged = m_sidebarInputs.built && m_sidebarInputs.apps.isSharedWith(m_apps)
+        && m_sidebarInputs.groups.isSharedWith(m_orphanedGroups)
+        && m_sidebarInputs.showUncertainMatches == m_showUncertainMatches && m_sidebarInputs.searchText == m_searchText;
+    if (!sidebarUnchanged) {
+        m_visibleOrphansModel.setRecords(visibleOrphans());
+        m_filteredAppsModel.setRecords(filteredApps());
+        m_filteredOrphansModel.setRecords(filteredOrphans());
+        m_sidebarInputs = {m_apps, m_orphanedGroups, m_showUncertainMatches, m_searchText, true};
+    }
 
     const std::optional<ScanResult> active = activeScanResult();
     QList<LeftoverItem> displayOrder;

@@ -261,4 +261,13 @@ private:
     LeftoverItemListModel m_selectedItemsModel;
     std::optional<ScanResult> m_lastActiveScanResult;
     QList<LeftoverItem> m_lastSelectedItems;
+    // The inputs the sidebar lists were last built from: rebuilding and comparing thousands of groups
+    // on every tick would stall the window.
+    struct SidebarInputs {
+        QList<InstalledApp> apps;
+        QList<OrphanedAppGroup> groups;
+        bool showUncertainMatches = false;
+        QString searchText;
+        bool built = false;
+    } m_sidebarInputs;
 };
