@@ -2,11 +2,13 @@
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
 #include "platform/FileSystemLayout.h"
+#include "platform/NativePath.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
+#include <cstring>
 #include <functional>
 #include <map>
 
@@ -24,7 +26,12 @@ int main(int argc, char *argv[])
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     const QCommandLineOption version(QStringLiteral("version"));
     parser.addOptions({root, home, help, version});
-    if (!parser.parse(QCoreApplication::arguments())) {
+    // Not QCoreApplication::arguments(): it turns bytes that are not UTF-8 into U+FFFD, and such a path
+    // could then not be found.
+    QStringList arguments;
+    for (int index = 0; index < argc; ++index)
+        arguments.append(NativePath::decode(argv[index], qsizetype(std::strlen(argv[index]))));
+    if (!parser.parse(arguments)) {
         CliSupport::printError(QStringLiteral("kestrune-cli: ") + parser.errorText());
         CliSupport::printUsage(stderr);
         return 2;
