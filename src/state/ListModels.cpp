@@ -81,10 +81,27 @@ QHash<int, QByteArray> OrphanGroupListModel::roleNames() const
             {roleOf(Role::formattedSize), "formattedSize"}};
 }
 
+namespace {
+
+// Whether two group lists show the same rows. Comparing every item of thousands of groups (each with a
+// URL) after a rescan stalled the window; a row shows only these fields.
+bool sameRows(const QList<OrphanedAppGroup> &a, const QList<OrphanedAppGroup> &b)
+{
+    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), [](const OrphanedAppGroup &x, const OrphanedAppGroup &y) {
+        return x.id == y.id && x.displayName == y.displayName && x.bundleIdentifier == y.bundleIdentifier
+            && x.confidence == y.confidence && x.evidenceSummary == y.evidenceSummary
+            && x.items.size() == y.items.size() && x.totalSize() == y.totalSize();
+    });
+}
+
+} // namespace
+
 void OrphanGroupListModel::setRecords(const QList<OrphanedAppGroup> &records)
 {
-    if (m_records != records)
+    if (!sameRows(m_records, records))
         resetRows([&] { m_records = records; });
+    else
+        m_records = records; // same rows on screen; keep the newer records without a reset
 }
 
 LeftoverItemListModel::LeftoverItemListModel(QObject *parent) : RecordListModel(parent) {}
