@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/FileSystemLayout.h"
+#include "state/AppViewModel.h"
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFontDatabase>
+#include <QQmlEngine>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 
@@ -21,7 +24,15 @@ int main(int argc, char *argv[])
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
+    qmlRegisterTypesAndRevisions<AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel,
+                                 CategorySectionListModel>("Kestrune", 1);
+    qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune", 1);
+    QFontDatabase::addApplicationFont(
+        QStringLiteral("/usr/share/fonts/truetype/material-design-icons-iconfont/MaterialIcons-Regular.ttf"));
+
+    AppViewModel viewModel;
     QQmlApplicationEngine engine;
+    engine.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)}});
     // Loaded by its resource URL: loadFromModule arrived after Qt 6.4.
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Kestrune/qml/Main.qml")));
     if (engine.rootObjects().isEmpty())
