@@ -83,7 +83,7 @@ ApplicationWindow {
         visible: window.viewModel.showDeleteConfirmation
         onClosed: window.viewModel.showDeleteConfirmation = false
         contentItem: Text {
-            implicitWidth: 360; wrapMode: Text.Wrap; color: AppTheme.primary
+            width: 360; wrapMode: Text.Wrap; color: AppTheme.primary
             text: window.viewModel.selectedItems.count > 0
                   ? "This will move " + window.viewModel.selectedItems.count + " items (" + window.viewModel.formattedSelectedTotalSize + ") to the Trash. You'll hear a sound when cleanup finishes."
                   : "Review the scan results before moving items to the Trash."
