@@ -7,7 +7,7 @@ packages=(
     qt6-base-dev qt6-declarative-dev qt6-multimedia-dev qt6-svg-dev qt6-image-formats-plugins
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-templates
     qml6-module-qtquick-layouts qml6-module-qtquick-window qml6-module-qtqml-workerscript
-    qml6-module-qtquick-dialogs qml6-module-qtmultimedia qml6-module-qttest qml6-module-qtqml
+    qml6-module-qtquick-dialogs qml6-module-qtmultimedia qml6-module-qttest qml6-module-qtqml qml6-module-qtquick-shapes
     libplist-dev libglib2.0-dev libgl-dev fontconfig fonts-material-design-icons-iconfont
     util-linux
 )

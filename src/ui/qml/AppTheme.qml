@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+pragma Singleton
+import QtQuick
+
+// Colours, radii and the symbol table shared by every view. The dynamic platform colours come from the
+// system palette, so light and dark follow the desktop.
+QtObject {
+    readonly property real cornerRadiusSmall: 12
+    readonly property real cornerRadiusMedium: 14
+    readonly property real cornerRadiusLarge: 16
+    readonly property real contentPadding: 24
+
+    readonly property color accent: Qt.rgba(0.12, 0.62, 0.78, 1)
+    readonly property color accentSecondary: Qt.rgba(0.95, 0.42, 0.36, 1)
+    readonly property SystemPalette palette: SystemPalette { colorGroup: SystemPalette.Active }
+    readonly property bool isDark: palette.window.hslLightness < 0.5
+    readonly property color cardBackground: palette.base
+    readonly property color sidebarBackground: palette.window
+    readonly property color windowBackground: palette.window
+    readonly property color primary: palette.windowText
+    readonly property color secondary: Qt.rgba(primary.r, primary.g, primary.b, 0.55)
+    readonly property color subtleBorder: Qt.rgba(primary.r, primary.g, primary.b, 0.08)
+    readonly property color green: isDark ? "#32d74b" : "#28a745"
+    readonly property color orange: isDark ? "#ff9f0a" : "#f08a00"
+    readonly property color gray: "#8e8e93"
+
+    // Nearest desktop sizes for the platform's text styles.
+    readonly property int title2: 22
+    readonly property int title3: 20
+    readonly property int headline: 13
+    readonly property int body: 13
+    readonly property int subheadline: 11
+    readonly property int caption: 10
+    readonly property int caption2: 10
+
+    function gradientStops(removed) {
+        return removed ? [accentSecondary, Qt.rgba(0.98, 0.62, 0.28, 1)]
+                       : [accent, Qt.rgba(0.18, 0.74, 0.68, 1)]
+    }
+
+    function confidenceColor(confidence) {
+        if (confidence === "Likely removed app")
+            return green
+        if (confidence === "Possible leftover")
+            return orange
+        return gray
+    }
+
+    // Platform symbol names drawn with the nearest Material Icons ligature.
+    readonly property var symbols: ({
+        "arrow.down.circle.fill": "download_for_offline",
+        "arrow.down.app.fill": "file_download",
+        "plus.app.fill": "add_box",
+        "info.circle.fill": "info",
+        "arrow.clockwise": "refresh",
+        "arrow.clockwise.circle.fill": "autorenew",
+        "magnifyingglass": "search",
+        "magnifyingglass.circle.fill": "manage_search",
+        "app.dashed": "crop_free",
+        "app.fill": "apps",
+        "checkmark.circle": "check_circle_outline",
+        "app.badge.checkmark.fill": "inventory_2",
+        "clock.arrow.circlepath": "history",
+        "trash": "delete",
+        "internaldrive": "storage",
+        "barcode": "qr_code",
+        "doc.on.doc": "file_copy",
+        "folder.fill": "folder",
+        "gearshape.2.fill": "settings",
+        "checkmark.square.fill": "check_box",
+        "square": "check_box_outline_blank",
+        "lock.fill": "lock",
+        "exclamationmark.triangle.fill": "warning"
+    })
+    function glyph(name) { return symbols[name] !== undefined ? symbols[name] : "help_outline" }
+}

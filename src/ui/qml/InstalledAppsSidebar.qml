@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+ColumnLayout {
+    id: sidebar
+    required property var viewModel
+    spacing: 0
+    SidebarToolbar {
+        Layout.fillWidth: true
+        title: "Installed Apps"
+        count: sidebar.viewModel.filteredApps.count
+        refreshHelp: "Refresh app list"
+        onRefresh: sidebar.viewModel.loadApps()
+    }
+    SearchField {
+        Layout.fillWidth: true
+        placeholder: "Search apps"
+        text: sidebar.viewModel.searchText
+        onEdited: (text) => sidebar.viewModel.searchText = text
+    }
+    LoadingPanel {
+        objectName: "loadingApps"
+        visible: sidebar.viewModel.isLoadingApps
+        Layout.fillWidth: true; Layout.fillHeight: true
+        title: "Loading apps…"
+    }
+    Placeholder {
+        objectName: "noApps"
+        visible: !sidebar.viewModel.isLoadingApps && sidebar.viewModel.filteredApps.count === 0
+        Layout.fillWidth: true; Layout.fillHeight: true
+        title: "No Apps Found"; symbol: "app.dashed"; description: "Try a different search term."
+    }
+    ListView {
+        id: list
+        objectName: "appList"
+        visible: !sidebar.viewModel.isLoadingApps && sidebar.viewModel.filteredApps.count > 0
+        Layout.fillWidth: true; Layout.fillHeight: true
+        clip: true
+        model: sidebar.viewModel.filteredApps
+        reuseItems: true
+        ScrollBar.vertical: ScrollBar {}
+        delegate: ItemDelegate {
+            id: row
+            required property string id
+            required property string name
+            required property url path
+            required property string formattedSize
+            width: ListView.view.width
+            highlighted: sidebar.viewModel.selectedApp.id === id
+            leftPadding: 16; rightPadding: 16; topPadding: 4; bottomPadding: 4
+            contentItem: AppRowView { appPath: row.path.toString(); name: row.name; formattedSize: row.formattedSize }
+            onClicked: sidebar.viewModel.selectAppById(id)
+        }
+    }
+}

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+ColumnLayout {
+    id: sidebar
+    required property var viewModel
+    spacing: 0
+    SidebarToolbar {
+        Layout.fillWidth: true
+        title: "Removed Apps"
+        count: sidebar.viewModel.filteredOrphans.count
+        refreshHelp: "Rescan Library for leftovers"
+        onRefresh: sidebar.viewModel.scanForRemovedApps()
+    }
+    SearchField {
+        Layout.fillWidth: true
+        placeholder: "Search removed apps"
+        text: sidebar.viewModel.searchText
+        onEdited: (text) => sidebar.viewModel.searchText = text
+    }
+    SectionCard {
+        Layout.fillWidth: true
+        Layout.leftMargin: 16; Layout.rightMargin: 16; Layout.bottomMargin: 10
+        implicitHeight: toggleColumn.implicitHeight + 16
+        ColumnLayout {
+            id: toggleColumn
+            x: 8; y: 8; width: parent.width - 16
+            spacing: 2
+            CheckBox {
+                objectName: "uncertainToggle"
+                text: "Show uncertain matches"
+                font.pixelSize: AppTheme.caption
+                padding: 0
+                checked: sidebar.viewModel.showUncertainMatches
+                onToggled: {
+                    sidebar.viewModel.showUncertainMatches = checked
+                    sidebar.viewModel.refreshOrphanSelection()
+                }
+            }
+            Text {
+                Layout.fillWidth: true
+                text: "Library files whose app is missing from /Applications."
+                font.pixelSize: AppTheme.caption; color: AppTheme.secondary; wrapMode: Text.Wrap
+            }
+        }
+    }
+    LoadingPanel {
+        objectName: "scanningLibrary"
+        visible: sidebar.viewModel.isScanningOrphans
+        Layout.fillWidth: true; Layout.fillHeight: true
+        title: "Scanning Library…"
+    }
+    ColumnLayout {
+        objectName: "noConfident"
+        visible: !sidebar.viewModel.isScanningOrphans && sidebar.viewModel.visibleOrphans.count === 0
+        Layout.fillWidth: true; Layout.fillHeight: true
+        spacing: 12
+        Item { Layout.fillHeight: true }
+        Placeholder {
+            Layout.fillWidth: true
+            title: "No Confident Matches"; symbol: "checkmark.circle"
+            description: "No strong leftovers from removed apps were found."
+        }
+        Button {
+            objectName: "scanAgainButton"
+            Layout.alignment: Qt.AlignHCenter
+            text: "Scan Again"
+            onClicked: sidebar.viewModel.scanForRemovedApps()
+        }
+        Item { Layout.fillHeight: true }
+    }
+    Placeholder {
+        objectName: "noMatches"
+        visible: !sidebar.viewModel.isScanningOrphans && sidebar.viewModel.visibleOrphans.count > 0
+                 && sidebar.viewModel.filteredOrphans.count === 0
+        Layout.fillWidth: true; Layout.fillHeight: true
+        title: "No Matches"; symbol: "magnifyingglass"; description: "Try a different search term."
+    }
+    ListView {
+        objectName: "orphanList"
+        visible: !sidebar.viewModel.isScanningOrphans && sidebar.viewModel.filteredOrphans.count > 0
+        Layout.fillWidth: true; Layout.fillHeight: true
+        clip: true
+        model: sidebar.viewModel.filteredOrphans
+        reuseItems: true
+        ScrollBar.vertical: ScrollBar {}
+        delegate: ItemDelegate {
+            id: row
+            required property string id
+            required property string displayName
+            required property int itemCount
+            required property string formattedSize
+            required property string confidence
+            width: ListView.view.width
+            highlighted: sidebar.viewModel.selectedOrphan.id === id
+            leftPadding: 16; rightPadding: 16; topPadding: 4; bottomPadding: 4
+            contentItem: OrphanedAppRowView {
+                displayName: row.displayName; itemCount: row.itemCount
+                formattedSize: row.formattedSize; confidence: row.confidence
+            }
+            onClicked: sidebar.viewModel.selectOrphanById(id)
+        }
+    }
+}

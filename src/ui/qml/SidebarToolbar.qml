@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+Item {
+    id: bar
+    property string title
+    property int count
+    property string refreshHelp
+    signal refresh()
+    implicitHeight: row.implicitHeight + 8
+    RowLayout {
+        id: row
+        x: 16; width: parent.width - 32
+        ColumnLayout {
+            spacing: 2
+            Text { text: bar.title; font.pixelSize: AppTheme.headline; font.weight: Font.DemiBold; color: AppTheme.primary }
+            Text { objectName: "countText"; text: bar.count + " shown"; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
+        }
+        Item { Layout.fillWidth: true }
+        ToolButton {
+            objectName: "refreshButton"
+            contentItem: Symbol { name: "arrow.clockwise"; size: 18; color: AppTheme.accent }
+            ToolTip.text: bar.refreshHelp
+            ToolTip.visible: hovered
+            Accessible.name: bar.refreshHelp
+            onClicked: bar.refresh()
+        }
+    }
+}

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+Item {
+    id: banner
+    property var update
+    signal download()
+    signal dismiss()
+    implicitHeight: box.height + 14
+    Rectangle {
+        id: box
+        x: 16; y: 10; width: parent.width - 32
+        height: row.implicitHeight + 24
+        radius: 14
+        color: Qt.rgba(AppTheme.accent.r, AppTheme.accent.g, AppTheme.accent.b, 0.08)
+        border.color: Qt.rgba(AppTheme.accent.r, AppTheme.accent.g, AppTheme.accent.b, 0.18)
+        RowLayout {
+            id: row
+            anchors.fill: parent; anchors.leftMargin: 16; anchors.rightMargin: 16
+            spacing: 12
+            Symbol { name: "arrow.down.circle.fill"; size: AppTheme.title3; color: AppTheme.accent }
+            ColumnLayout {
+                spacing: 2
+                Layout.fillWidth: true
+                Text {
+                    text: "Update available: v" + (banner.update ? banner.update.version : "")
+                    font.pixelSize: AppTheme.subheadline; font.weight: Font.DemiBold; color: AppTheme.primary
+                }
+                Text {
+                    objectName: "updateNotes"
+                    // The value type cannot hold an absent text apart from an empty one.
+                    text: banner.update && banner.update.releaseNotes !== "" ? banner.update.releaseNotes
+                                                                            : "A newer Kestrune build is ready to download."
+                    font.pixelSize: AppTheme.caption; color: AppTheme.secondary
+                    maximumLineCount: 2; wrapMode: Text.Wrap; elide: Text.ElideRight
+                    Layout.fillWidth: true
+                }
+            }
+            Button {
+                objectName: "downloadButton"
+                text: "Download"
+                highlighted: true
+                palette.button: AppTheme.accent
+                onClicked: banner.download()
+            }
+            Button {
+                objectName: "laterButton"
+                text: "Later"
+                flat: true
+                onClicked: banner.dismiss()
+            }
+        }
+    }
+}
