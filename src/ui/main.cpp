@@ -1,22 +1,31 @@
 // SPDX-License-Identifier: MIT
+#include "AppIconProvider.h"
+#include "KestruneQml.h"
 #include "platform/FileSystemLayout.h"
 #include "state/AppViewModel.h"
 
 #include <QCommandLineParser>
 #include <cstdio>
 #include <QDir>
-#include <QFontDatabase>
+#include <QIcon>
+#include <QPixmap>
 #include <QQmlEngine>
+#include <QtQml/QQmlExtensionPlugin>
 #include <QQuickWindow>
 #include <QTimer>
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
+
+Q_IMPORT_QML_PLUGIN(KestrunePlugin)
 
 int main(int argc, char *argv[])
 {
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Kestrune"));
     QGuiApplication::setApplicationVersion(QStringLiteral(KESTRUNE_VERSION));
+    // An icon the platform already gave the program is left alone.
+    if (QGuiApplication::windowIcon().isNull())
+        QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(AppIconProvider::image())));
 
     QCommandLineParser parser;
     parser.addHelpOption();
@@ -28,14 +37,9 @@ int main(int argc, char *argv[])
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
-    qmlRegisterTypesAndRevisions<AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel,
-                                 CategorySectionListModel>("Kestrune", 1);
-    qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune", 1);
-    QFontDatabase::addApplicationFont(
-        QStringLiteral("/usr/share/fonts/truetype/material-design-icons-iconfont/MaterialIcons-Regular.ttf"));
-
     AppViewModel viewModel;
     QQmlApplicationEngine engine;
+    KestruneQml::prepareEngine(engine);
     engine.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)}});
     // Loaded by its resource URL: loadFromModule arrived after Qt 6.4.
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Kestrune/qml/Main.qml")));

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "KestruneQml.h"
+
+#include "AppIconProvider.h"
+#include "state/AppViewModel.h"
+
+#include <QFontDatabase>
+#include <QQmlEngine>
+
+namespace KestruneQml {
+
+void prepareEngine(QQmlEngine &engine)
+{
+    // Type registration and fonts are process-wide; engines come and go (one per Qt Quick test).
+    static const bool registered = [] {
+        qmlRegisterTypesAndRevisions<AppViewModel, InstalledAppListModel, OrphanGroupListModel,
+                                     LeftoverItemListModel, CategorySectionListModel>("Kestrune", 1);
+        qmlRegisterUncreatableMetaObject(SidebarModes::staticMetaObject, "Kestrune", 1, 0, "SidebarMode",
+                                         QStringLiteral("SidebarMode holds only the modes"));
+        QFontDatabase::addApplicationFont(QStringLiteral(
+            "/usr/share/fonts/truetype/material-design-icons-iconfont/MaterialIcons-Regular.ttf"));
+        return true;
+    }();
+    Q_UNUSED(registered);
+    // Where the module's QML files live; Qt 6.5 and later search it on their own.
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    engine.addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
+}
+
+} // namespace KestruneQml

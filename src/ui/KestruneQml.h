@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QQmlEngine;
+
+// What every engine that shows the window's views needs: the state types under "Kestrune", the icon
+// font, the "appicon" image provider. The program and the Qt Quick tests share it.
+namespace KestruneQml {
+
+void prepareEngine(QQmlEngine &engine);
+
+} // namespace KestruneQml
