@@ -3,13 +3,19 @@
 from .context import App
 
 
-def _bundle(ctx, folder, file_name, info, binary=False, payload=40_000, listed=True, shown_name=None):
+def _bundle(ctx, folder, file_name, info, binary=False, payload=40_000, listed=True, shown_name=None, icon=None):
     """An .app bundle with an executable and resources; info None writes no Info.plist, bytes write
-    that raw (malformed) text."""
+    that raw (malformed) text. icon: a colour draws a real AppIcon.icns and names it in the information
+    list; "corrupt" names the filler file instead."""
     bundle = folder / file_name
     contents = bundle / "Contents"
     ctx.write(contents / "MacOS" / file_name[:-4], ctx.noise(payload))
-    ctx.write(contents / "Resources" / "AppIcon.icns", ctx.noise(2_000))
+    if isinstance(icon, tuple):
+        ctx.icns(contents / "Resources" / "AppIcon.icns", icon)
+    else:
+        ctx.write(contents / "Resources" / "AppIcon.icns", ctx.noise(2_000))
+    if icon is not None and isinstance(info, dict):
+        info = dict(info, CFBundleIconFile="AppIcon")
     ctx.write(contents / "Resources" / ".DS_Store", ctx.noise(6_148))  # hidden: never counted
     ctx.write(contents / "PkgInfo", b"APPL????")
     if isinstance(info, bytes):
@@ -54,18 +60,20 @@ def build(ctx):
     apps_folder = ctx.folder(ctx.system("/Applications"))
     home_apps = ctx.folder(ctx.user("Applications"))
 
-    _bundle(ctx, apps_folder, "Acme Notes.app", info("Acme Notes", "com.acme.notes"), payload=120_000)
+    _bundle(ctx, apps_folder, "Acme Notes.app", info("Acme Notes", "com.acme.notes"), payload=120_000,
+            icon=(240, 190, 60))
     _bundle(ctx, apps_folder, "Brightline.app", info("Brightline", "io.brightline.Brightline"), binary=True,
-            payload=250_000)
+            payload=250_000, icon=(250, 120, 60))
     _bundle(ctx, apps_folder, "Go.app", info("Go", "com.example.go"))
     _bundle(ctx, apps_folder, "Display Only.app", info(None, "org.sample.displayonly", display="Display Only Pro"))
     _bundle(ctx, apps_folder, "Numbered.app", info(42, "org.sample.numbered", display="Numbered Display"))
     _bundle(ctx, apps_folder, "Anon.app", info("Anon", None))
     _bundle(ctx, apps_folder, "NoInfo.app", None)
     _bundle(ctx, apps_folder, "Broken.app", b"<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>")
-    _bundle(ctx, apps_folder, "Café Über.app", info("Café Über", "de.cafe.ueber"))
+    _bundle(ctx, apps_folder, "Café Über.app", info("Café Über", "de.cafe.ueber"), icon="corrupt")
     _bundle(ctx, apps_folder, "日本語エディタ.app", info("日本語エディタ", "jp.example.editor"))
-    zeta = _bundle(ctx, apps_folder, "Zeta Tools.app", info("Zeta Tools", "com.zeta.tools"), payload=80_000)
+    zeta = _bundle(ctx, apps_folder, "Zeta Tools.app", info("Zeta Tools", "com.zeta.tools"), payload=80_000,
+                  icon=(130, 90, 220))
     contents = zeta.path / "Contents"
     _framework(ctx, contents, "ZetaKit")
     ctx.write(contents / "Library" / "LoginItems" / "Zeta Helper.app" / "Contents" / "MacOS" / "Zeta Helper",
@@ -81,7 +89,7 @@ def build(ctx):
             listed=False)
     _bundle(ctx, apps_folder, ".Hidden.app", info("Hidden", "com.sample.hidden"), listed=False)
 
-    _bundle(ctx, home_apps, "Home Tool.app", info("Home Tool", "net.hometool.app"))
+    _bundle(ctx, home_apps, "Home Tool.app", info("Home Tool", "net.hometool.app"), icon=(60, 170, 90))
     _bundle(ctx, home_apps, "notes.app", info("notes", "org.lowercase.notes"))
 
     if ctx.large:

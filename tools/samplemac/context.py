@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 """What every generator module shares: where root and home are, the seeded random source, the scale,
 the apps written so far, and small writers that keep every path below the sample's root."""
+import struct
+import zlib
 import os
 import pathlib
 import plistlib
@@ -67,6 +69,31 @@ class Context:
     def noise(self, size):
         """size bytes of deterministic filler."""
         return self.rng.randbytes(size)
+
+    def icns(self, path, colour, size=128):
+        """An .icns holding one PNG: a rounded tile in colour, lighter at the top, with a white dot."""
+        rows = []
+        radius = size * 0.22
+        for y in range(size):
+            row = bytearray([0])
+            for x in range(size):
+                cx = min(max(x, radius), size - 1 - radius)
+                cy = min(max(y, radius), size - 1 - radius)
+                inside = (x - cx) ** 2 + (y - cy) ** 2 <= radius ** 2
+                dot = (x - size / 2) ** 2 + (y - size / 2) ** 2 <= (size / 5) ** 2
+                shade = 1.0 - 0.35 * y / size
+                pixel = (255, 255, 255, 255) if dot else tuple(int(c * shade) for c in colour) + (255,)
+                row += bytes(pixel if inside else (0, 0, 0, 0))
+            rows.append(bytes(row))
+
+        def chunk(kind, data):
+            return (struct.pack(">I", len(data)) + kind + data
+                    + struct.pack(">I", zlib.crc32(kind + data) & 0xFFFFFFFF))
+
+        png = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", size, size, 8, 6, 0, 0, 0))
+               + chunk(b"IDAT", zlib.compress(b"".join(rows), 9)) + chunk(b"IEND", b""))
+        entry = b"ic07" + struct.pack(">I", 8 + len(png)) + png
+        return self.write(path, b"icns" + struct.pack(">I", 8 + len(entry)) + entry)
 
     def folder(self, path):
         path = self._inside(path)
