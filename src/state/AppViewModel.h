@@ -59,6 +59,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool isDeleting READ isDeleting NOTIFY isDeletingChanged)
     // Empty when no status line is shown.
     Q_PROPERTY(QString statusMessage READ statusText NOTIFY statusMessageChanged)
+    // An empty message still shows the status banner; only an absent one hides it.
+    Q_PROPERTY(bool hasStatusMessage READ hasStatusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(bool showDeleteConfirmation READ showDeleteConfirmation WRITE setShowDeleteConfirmation
                    NOTIFY showDeleteConfirmationChanged)
     Q_PROPERTY(bool showUncertainMatches READ showUncertainMatches WRITE setShowUncertainMatches
@@ -124,6 +126,7 @@ public:
     [[nodiscard]] ScanResultValue scanResultValue() const { return ScanResultValue(m_scanResult); }
     [[nodiscard]] QStringList selectedItemIDList() const;
     [[nodiscard]] QString statusText() const { return m_statusMessage.value_or(QString()); }
+    [[nodiscard]] bool hasStatusMessage() const { return m_statusMessage.has_value(); }
     [[nodiscard]] DeletionReportValue lastDeletionReportValue() const { return DeletionReportValue(m_lastDeletionReport); }
     [[nodiscard]] UpdateValue availableUpdateValue() const { return UpdateValue(m_availableUpdate); }
     [[nodiscard]] OrphanGroupListModel *visibleOrphansModel() { return &m_visibleOrphansModel; }

@@ -64,4 +64,5 @@ UpdateValue::UpdateValue(const std::optional<AppUpdateInfo> &update)
     version = update->version;
     downloadURL = update->downloadURL;
     releaseNotes = update->releaseNotes.value_or(QString());
+    hasReleaseNotes = update->releaseNotes.has_value();
 }

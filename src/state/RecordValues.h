@@ -107,6 +107,8 @@ class UpdateValue {
     Q_PROPERTY(QString version MEMBER version CONSTANT)
     Q_PROPERTY(QUrl downloadURL MEMBER downloadURL CONSTANT)
     Q_PROPERTY(QString releaseNotes MEMBER releaseNotes CONSTANT)
+    // Empty notes still take the banner's notes line; only absent ones fall back to the fixed sentence.
+    Q_PROPERTY(bool hasReleaseNotes MEMBER hasReleaseNotes CONSTANT)
 public:
     UpdateValue() = default;
     explicit UpdateValue(const std::optional<AppUpdateInfo> &update);
@@ -115,4 +117,5 @@ public:
     QString version;
     QUrl downloadURL;
     QString releaseNotes;
+    bool hasReleaseNotes = false;
 };

@@ -15,11 +15,14 @@ ApplicationWindow {
     title: "Kestrune"
     color: AppTheme.sidebarBackground
     palette.highlight: AppTheme.accent
+    // Reached by the tests, which cannot find popups and actions by name.
+    readonly property Action checkForUpdatesAction: updatesAction
+    readonly property Dialog trashDialog: trashConfirmation
 
     menuBar: MenuBar {
         Menu {
             title: "Kestrune"
-            Action { text: "Check for Updates…"; onTriggered: window.viewModel.checkForUpdates(true) }
+            Action { id: updatesAction; text: "Check for Updates…"; onTriggered: window.viewModel.checkForUpdates(true) }
         }
     }
 
@@ -61,7 +64,7 @@ ApplicationWindow {
             objectName: "statusBanner"
             Layout.fillWidth: true
             Layout.leftMargin: 20; Layout.rightMargin: 20; Layout.topMargin: 10; Layout.bottomMargin: 10
-            visible: window.viewModel.statusMessage !== ""
+            visible: window.viewModel.hasStatusMessage
             implicitHeight: statusRow.implicitHeight + 28
             radius: AppTheme.cornerRadiusMedium
             color: Qt.rgba(AppTheme.accent.r, AppTheme.accent.g, AppTheme.accent.b, 0.08)
@@ -76,21 +79,34 @@ ApplicationWindow {
     }
 
     Dialog {
+        id: trashConfirmation
         objectName: "trashDialog"
         anchors.centerIn: parent
+        // A fixed width: the wrapped message would otherwise size the dialog from its own width.
+        width: 420
         modal: true
         title: "Move to Trash?"
-        visible: window.viewModel.showDeleteConfirmation
-        onClosed: window.viewModel.showDeleteConfirmation = false
+        // Opened and closed from the flag rather than bound to it: closing writes the flag back.
+        Connections {
+            target: window.viewModel
+            function onShowDeleteConfirmationChanged() {
+                if (window.viewModel.showDeleteConfirmation)
+                    trashConfirmation.open()
+                else
+                    trashConfirmation.close()
+            }
+        }
+        onClosed: if (window.viewModel.showDeleteConfirmation) window.viewModel.showDeleteConfirmation = false
         contentItem: Text {
-            width: 360; wrapMode: Text.Wrap; color: AppTheme.primary
+            objectName: "trashMessage"
+            wrapMode: Text.Wrap; color: AppTheme.primary
             text: window.viewModel.selectedItems.count > 0
                   ? "This will move " + window.viewModel.selectedItems.count + " items (" + window.viewModel.formattedSelectedTotalSize + ") to the Trash. You'll hear a sound when cleanup finishes."
                   : "Review the scan results before moving items to the Trash."
         }
         footer: DialogButtonBox {
-            Button { text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
-            Button { text: "Move to Trash"; DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
+            Button { objectName: "cancelTrashButton"; text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
+            Button { objectName: "confirmTrashButton"; text: "Move to Trash"; DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
                      onClicked: { window.viewModel.deleteSelectedItems(); window.viewModel.showDeleteConfirmation = false } }
         }
     }

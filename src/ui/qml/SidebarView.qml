@@ -2,6 +2,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Kestrune
 
 Rectangle {
     id: sidebar
@@ -12,7 +13,6 @@ Rectangle {
         anchors.topMargin: 12
         spacing: 0
         BrandHeader { Layout.fillWidth: true; subtitle: "Complete app cleanup for Mac" }
-        // Mode 0 is Installed, 1 Removed Apps: the namespace's enumerators do not reach QML here.
         // The segmented picker: a TabBar is Qt Quick's nearest segmented control.
         TabBar {
             id: picker
@@ -20,22 +20,24 @@ Rectangle {
             Accessible.name: "View"
             Layout.fillWidth: true
             Layout.leftMargin: 16; Layout.rightMargin: 16; Layout.bottomMargin: 12
-            currentIndex: sidebar.viewModel.sidebarMode === 0 ? 0 : 1
+            currentIndex: sidebar.viewModel.sidebarMode === SidebarMode.Installed ? 0 : 1
             Repeater {
-                model: [0, 1]
+                model: [SidebarMode.Installed, SidebarMode.Removed]
                 TabButton {
                     required property var modelData
+                    required property int index
+                    objectName: "modeButton" + index
                     text: sidebar.viewModel.sidebarModeTitle(modelData)
                     onClicked: {
                         sidebar.viewModel.switchSidebarMode(modelData)
-                        picker.currentIndex = Qt.binding(() => sidebar.viewModel.sidebarMode === 0 ? 0 : 1)
+                        picker.currentIndex = Qt.binding(() => sidebar.viewModel.sidebarMode === SidebarMode.Installed ? 0 : 1)
                     }
                 }
             }
         }
         Loader {
             Layout.fillWidth: true; Layout.fillHeight: true
-            sourceComponent: sidebar.viewModel.sidebarMode === 0 ? installed : removed
+            sourceComponent: sidebar.viewModel.sidebarMode === SidebarMode.Installed ? installed : removed
         }
     }
     Component { id: installed; InstalledAppsSidebar { viewModel: sidebar.viewModel } }

@@ -25,14 +25,14 @@ Item {
                 spacing: 2
                 Layout.fillWidth: true
                 Text {
+                    objectName: "updateTitle"
                     text: "Update available: v" + (banner.update ? banner.update.version : "")
                     font.pixelSize: AppTheme.subheadline; font.weight: Font.DemiBold; color: AppTheme.primary
                 }
                 Text {
                     objectName: "updateNotes"
-                    // The value type cannot hold an absent text apart from an empty one.
-                    text: banner.update && banner.update.releaseNotes !== "" ? banner.update.releaseNotes
-                                                                            : "A newer Kestrune build is ready to download."
+                    text: banner.update && banner.update.hasReleaseNotes ? banner.update.releaseNotes
+                                                                         : "A newer Kestrune build is ready to download."
                     font.pixelSize: AppTheme.caption; color: AppTheme.secondary
                     maximumLineCount: 2; wrapMode: Text.Wrap; elide: Text.ElideRight
                     Layout.fillWidth: true
