@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "QuickHarness.h"
+
+#include "TestSupport.h"
+#include "state/AppViewModel.h"
+
+#include <QPromise>
+#include <QQmlEngine>
+#include <QTemporaryDir>
+#include <cstdio>
+
+namespace {
+
+template<typename T>
+QFuture<T> finished(T value)
+{
+    QPromise<T> promise;
+    promise.start();
+    promise.addResult(std::move(value));
+    promise.finish();
+    return promise.future();
+}
+
+} // namespace
+
+QuickHarness::QuickHarness(QObject *parent) : QObject(parent), m_folder(std::make_unique<QTemporaryDir>())
+{
+    // The sample holds read-only files; the sweep at exit removes them, QTemporaryDir cannot.
+    m_folder->setAutoRemove(false);
+    QString log;
+    if (!TestSupport::generateSampleMac(m_folder->path(), 1, QStringLiteral("small"), &log))
+        std::fprintf(stderr, "sample Mac not written: %s\n", qPrintable(log));
+    TestSupport::useLayout(m_folder->path(), TestSupport::sampleHome(m_folder->path()));
+}
+
+QuickHarness::~QuickHarness() = default;
+
+QString QuickHarness::sampleRoot() const
+{
+    return m_folder->path();
+}
+
+QObject *QuickHarness::newViewModel()
+{
+    AppViewModelServices services;
+    services.moveToTrash = [this](const QList<LeftoverItem> &items) {
+        ++m_trashRuns;
+        Q_EMIT changed();
+        DeletionReport report;
+        for (const LeftoverItem &item : items)
+            report.failed.append({item, QStringLiteral("Operation not permitted")});
+        return finished(report);
+    };
+    services.playDeletionComplete = [] {};
+    services.checkForUpdate = [this] {
+        std::optional<AppUpdateInfo> offer;
+        if (!m_offeredVersion.isEmpty())
+            offer = AppUpdateInfo{m_offeredVersion, QUrl(QStringLiteral("https://example.com/kestrune.dmg")), std::nullopt};
+        return finished(offer);
+    };
+    services.currentVersion = [] { return QStringLiteral("1.0.0"); };
+    services.openUrl = [this](const QUrl &url) {
+        m_lastOpenedUrl = url;
+        Q_EMIT changed();
+    };
+    auto *model = new AppViewModel(std::move(services));
+    QQmlEngine::setObjectOwnership(model, QQmlEngine::JavaScriptOwnership);
+    return model;
+}
+
+QVariant QuickHarness::update(const QString &version, const QVariant &notes) const
+{
+    std::optional<QString> releaseNotes;
+    if (notes.isValid() && !notes.isNull())
+        releaseNotes = notes.toString();
+    return QVariant::fromValue(UpdateValue(AppUpdateInfo{version, QUrl(QStringLiteral("https://example.com/k.dmg")), releaseNotes}));
+}
+
+QString QuickHarness::applicationPath(const QString &bundleName) const
+{
+    return m_folder->path() + QStringLiteral("/Applications/") + bundleName;
+}
+
+QUrl QuickHarness::applicationUrl(const QString &bundleName) const
+{
+    return QUrl::fromLocalFile(applicationPath(bundleName));
+}

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QVariant>
+
+#include <memory>
+
+class QTemporaryDir;
+
+// Hands the Qt Quick tests real state objects on one sample Mac. Discovery, scans and dropped bundles
+// are real; the Trash, the sound, the update check and the browser are stand-ins, so no test moves a
+// file, plays a sound or reaches the network.
+class QuickHarness : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString sampleRoot READ sampleRoot CONSTANT)
+    // The version the update check offers; empty offers none.
+    Q_PROPERTY(QString offeredVersion MEMBER m_offeredVersion NOTIFY changed)
+    Q_PROPERTY(int trashRuns MEMBER m_trashRuns NOTIFY changed)
+    Q_PROPERTY(QUrl lastOpenedUrl MEMBER m_lastOpenedUrl NOTIFY changed)
+
+public:
+    explicit QuickHarness(QObject *parent = nullptr);
+    ~QuickHarness() override;
+
+    [[nodiscard]] QString sampleRoot() const;
+
+    // A fresh state object owned by the caller's JavaScript; every Trash run fails each item, so the
+    // warning banner can be tested without touching a Trash.
+    Q_INVOKABLE QObject *newViewModel();
+    // An update offer as the banner receives it; notes left undefined are absent.
+    Q_INVOKABLE QVariant update(const QString &version, const QVariant &notes) const;
+    Q_INVOKABLE QString applicationPath(const QString &bundleName) const;
+    Q_INVOKABLE QUrl applicationUrl(const QString &bundleName) const;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_offeredVersion;
+    int m_trashRuns = 0;
+    QUrl m_lastOpenedUrl;
+};

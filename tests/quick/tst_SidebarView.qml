@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Kestrune
+
+Item {
+    id: root
+    width: 340; height: 900
+
+    Component { id: sidebarComponent; SidebarView { width: 320; height: 880 } }
+    Component { id: appRowComponent; AppRowView {} }
+    Component { id: orphanRowComponent; OrphanedAppRowView {} }
+
+    TestCase {
+        name: "SidebarView"
+        when: windowShown
+
+        function makeSidebar() {
+            const model = harness.newViewModel()
+            const sidebar = createTemporaryObject(sidebarComponent, root, {viewModel: model})
+            model.loadApps()
+            tryVerify(() => !model.isLoadingApps && model.apps.count > 0, 10000)
+            return sidebar
+        }
+
+        function visibleNamed(parent, name) {
+            const item = findChild(parent, name)
+            return item !== null && item.visible
+        }
+
+        function test_installedListSearchAndSelection() {
+            const sidebar = makeSidebar()
+            const model = sidebar.viewModel
+            const list = findChild(sidebar, "appList")
+            verify(list.visible)
+            compare(findChild(sidebar, "countText").text, model.filteredApps.count + " shown")
+            const field = findChild(sidebar, "searchInput")
+            mouseClick(field)
+            keyClick(Qt.Key_Z); keyClick(Qt.Key_E); keyClick(Qt.Key_T)
+            tryCompare(model, "searchText", "zet")
+            tryCompare(list, "count", 1)
+            compare(findChild(sidebar, "countText").text, "1 shown")
+            mouseClick(list.itemAtIndex(0))
+            compare(model.selectedApp.name, "Zeta Tools")
+            verify(list.itemAtIndex(0).highlighted)
+
+            model.searchText = "no such app"
+            tryVerify(() => visibleNamed(sidebar, "noApps"))
+            verify(!list.visible)
+        }
+
+        function test_removedModeShowsEveryGradeOnRequest() {
+            const sidebar = makeSidebar()
+            const model = sidebar.viewModel
+            mouseClick(findChild(sidebar, "modeButton1"))
+            compare(model.sidebarMode, SidebarMode.Removed)
+            tryVerify(() => !model.isScanningOrphans && model.orphanedGroups.count > 0, 20000)
+            const list = findChild(sidebar, "orphanList")
+            tryVerify(() => list.visible)
+            const grades = () => {
+                const seen = {}
+                for (let i = 0; i < list.count; ++i) {
+                    list.currentIndex = i
+                    seen[findChild(list.currentItem, "gradeTag").text] = true
+                }
+                return Object.keys(seen).sort()
+            }
+            verify(grades().indexOf("Low") < 0)
+            mouseClick(findChild(sidebar, "uncertainToggle"))
+            verify(model.showUncertainMatches)
+            tryVerify(() => grades().length === 3)
+            compare(grades(), ["High", "Low", "Med"])
+
+            mouseClick(findChild(sidebar, "modeButton0"))
+            compare(model.sidebarMode, SidebarMode.Installed)
+            verify(findChild(sidebar, "appList") !== null)
+        }
+
+        function test_longNamesElideInsideTheRow_data() {
+            const wide = "Ä".repeat(300)
+            return [{tag: "300 characters", name: wide},
+                    {tag: "right to left", name: "تطبيق الملاحظات ".repeat(20)},
+                    {tag: "emoji", name: "🧹🗑️📦".repeat(60)}]
+        }
+        function test_longNamesElideInsideTheRow(data) {
+            const row = createTemporaryObject(appRowComponent, root, {name: data.name, formattedSize: "1 KB", width: 288})
+            const name = findChild(row, "rowName")
+            verify(name.truncated)
+            compare(name.lineCount, 1)
+            verify(name.x + name.width <= row.width)
+            const badgeRow = createTemporaryObject(orphanRowComponent, root,
+                                                   {displayName: data.name, itemCount: 3, formattedSize: "1 KB",
+                                                    confidence: "Possible leftover", width: 288})
+            const orphanName = findChild(badgeRow, "rowName")
+            verify(orphanName.truncated)
+            verify(findChild(badgeRow, "gradeTag").visible)
+        }
+    }
+}
