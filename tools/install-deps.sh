@@ -9,6 +9,7 @@ packages=(
     qml6-module-qtquick-layouts qml6-module-qtquick-window qml6-module-qtqml-workerscript
     qml6-module-qtquick-dialogs qml6-module-qtmultimedia qml6-module-qttest qml6-module-qtqml qml6-module-qtquick-shapes
     libplist-dev libglib2.0-dev libgl-dev fontconfig fonts-material-design-icons-iconfont
+    fonts-dejavu-core fonts-droid-fallback fonts-noto-color-emoji
     util-linux
 )
 missing=()
