@@ -123,9 +123,15 @@ AppIconImageProvider::AppIconImageProvider()
 QImage AppIconImageProvider::requestImage(const QString &id, QSize *size, const QSize &requestedSize)
 {
     const int edge = requestedSize.isValid() ? qMax(requestedSize.width(), requestedSize.height()) : kDefaultSize;
-    const QImage image = id == QLatin1String("self")
-        ? AppIconProvider::image(edge)
-        : AppIconProvider::bundleIcon(QUrl::fromPercentEncoding(id.toUtf8()), edge);
+    QImage image;
+    if (id == QLatin1String("self")) {
+        image = AppIconProvider::image(edge);
+    } else {
+        // The rows hand over either a plain path or the file URL of the bundle.
+        const QString decoded = QUrl::fromPercentEncoding(id.toUtf8());
+        const QUrl url(decoded);
+        image = AppIconProvider::bundleIcon(url.isLocalFile() ? url.toLocalFile() : decoded, edge);
+    }
     if (size)
         *size = image.size();
     return image;

@@ -37,8 +37,13 @@ Item {
             verify(colour.b > colour.r, "the icon's teal tile")
         }
 
-        function test_bundleIconIsReadFromItsIcns() {
-            const colour = tileColour(bundle("Zeta Tools.app"))
+        function test_bundleIconIsReadFromItsIcns_data() {
+            const path = harness.applicationPath("Zeta Tools.app")
+            return [{tag: "path", source: "image://appicon/" + encodeURIComponent(path)},
+                    {tag: "file URL", source: "image://appicon/" + encodeURIComponent("file://" + path)}]
+        }
+        function test_bundleIconIsReadFromItsIcns(data) {
+            const colour = tileColour(data.source)
             verify(!isGrey(colour), "the bundle's purple icon, not the stand-in: " + colour)
             verify(colour.b > colour.g)
         }
