@@ -63,6 +63,25 @@ QObject *QuickHarness::newViewModel()
         m_lastOpenedUrl = url;
         Q_EMIT changed();
     };
+    if (m_syntheticApps > 0) {
+        QList<InstalledApp> apps;
+        for (int i = 0; i < m_syntheticApps; ++i) {
+            const QString path = QStringLiteral("/Applications/Made Up %1.app").arg(i, 5, 10, QLatin1Char('0'));
+            apps.append(InstalledApp{path, QStringLiteral("Made Up %1").arg(i, 5, 10, QLatin1Char('0')),
+                                     QUrl::fromLocalFile(path), std::nullopt, 1000 + i});
+        }
+        services.discoverInstalledApps = [apps] { return finished(apps); };
+    }
+    if (m_syntheticItems > 0) {
+        services.scanApp = [count = m_syntheticItems](const InstalledApp &app) {
+            ScanResult result;
+            for (int i = 0; i < count; ++i) {
+                const auto category = LeftoverCategories::allCases[i % LeftoverCategories::allCases.size()];
+                result.items.append(LeftoverItem::at(QStringLiteral("%1/item %2").arg(app.id).arg(i), category, i));
+            }
+            return finished(result);
+        };
+    }
     auto *model = new AppViewModel(std::move(services));
     QQmlEngine::setObjectOwnership(model, QQmlEngine::JavaScriptOwnership);
     return model;

@@ -20,6 +20,10 @@ class QuickHarness : public QObject {
     Q_PROPERTY(QString offeredVersion MEMBER m_offeredVersion NOTIFY changed)
     Q_PROPERTY(int trashRuns MEMBER m_trashRuns NOTIFY changed)
     Q_PROPERTY(QUrl lastOpenedUrl MEMBER m_lastOpenedUrl NOTIFY changed)
+    // When above zero, discovery lists this many made-up apps and every scan finds this many items,
+    // spread over the categories: the lists' laziness is tested with them.
+    Q_PROPERTY(int syntheticApps MEMBER m_syntheticApps NOTIFY changed)
+    Q_PROPERTY(int syntheticItems MEMBER m_syntheticItems NOTIFY changed)
 
 public:
     explicit QuickHarness(QObject *parent = nullptr);
@@ -43,4 +47,6 @@ private:
     QString m_offeredVersion;
     int m_trashRuns = 0;
     QUrl m_lastOpenedUrl;
+    int m_syntheticApps = 0;
+    int m_syntheticItems = 0;
 };

@@ -76,6 +76,20 @@ Item {
             verify(findChild(sidebar, "appList") !== null)
         }
 
+        function test_thousandsOfAppsBuildOnlyTheRowsInView() {
+            harness.syntheticApps = 5000
+            const sidebar = makeSidebar()
+            harness.syntheticApps = 0
+            const list = findChild(sidebar, "appList")
+            tryCompare(list, "count", 5000)
+            verify(list.contentItem.children.length < 60, list.contentItem.children.length + " rows built")
+            list.positionViewAtEnd()
+            waitForRendering(list)
+            verify(list.itemAtIndex(4999) !== null)
+            verify(list.itemAtIndex(0) === null)
+            verify(list.contentItem.children.length < 60)
+        }
+
         function test_longNamesElideInsideTheRow_data() {
             const wide = "Ä".repeat(300)
             return [{tag: "300 characters", name: wide},
