@@ -5,11 +5,15 @@
 
 #include <QAudioDevice>
 #include <QAudioOutput>
+#include <QAudioSink>
+#include <QBuffer>
+#include <QGuiApplication>
 #include <QCoreApplication>
 #include <QMediaDevices>
 #include <QMediaPlayer>
 #include <QUrl>
 
+#include <cmath>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -36,7 +40,53 @@ bool play(const QString &path)
     return true;
 }
 
-void beep()
+namespace {
+
+// A short soft tone, the window's stand-in for the system alert sound.
+QByteArray alertTone(const QAudioFormat &format)
+{
+    constexpr double frequency = 880.0;
+    constexpr double seconds = 0.15;
+    const int frames = int(format.sampleRate() * seconds);
+    QByteArray samples(frames * format.bytesPerFrame(), Qt::Uninitialized);
+    auto *out = reinterpret_cast<qint16 *>(samples.data());
+    for (int frame = 0; frame < frames; ++frame) {
+        // Fades out so the tone ends without a click.
+        const double envelope = 1.0 - double(frame) / frames;
+        const auto value = qint16(8000 * envelope * std::sin(2 * M_PI * frequency * frame / format.sampleRate()));
+        for (int channel = 0; channel < format.channelCount(); ++channel)
+            *out++ = value;
+    }
+    return samples;
+}
+
+bool playTone()
+{
+    auto *application = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    if (!application || QMediaDevices::audioOutputs().isEmpty())
+        return false;
+    QMetaObject::invokeMethod(application, [application] {
+        const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+        QAudioFormat format;
+        format.setSampleRate(44100);
+        format.setChannelCount(1);
+        format.setSampleFormat(QAudioFormat::Int16);
+        if (!device.isFormatSupported(format))
+            format.setChannelCount(2);
+        auto *sink = new QAudioSink(device, format, application);
+        auto *buffer = new QBuffer(sink);
+        buffer->setData(alertTone(format));
+        buffer->open(QIODevice::ReadOnly);
+        QObject::connect(sink, &QAudioSink::stateChanged, sink, [sink](QAudio::State state) {
+            if (state == QAudio::IdleState || state == QAudio::StoppedState)
+                sink->deleteLater();
+        });
+        sink->start(buffer);
+    }, Qt::QueuedConnection);
+    return true;
+}
+
+void terminalBell()
 {
     // The controlling terminal, not stdout or stderr: a bell byte must never land in piped output.
     const int terminal = ::open("/dev/tty", O_WRONLY | O_NOCTTY | O_CLOEXEC);
@@ -44,6 +94,15 @@ void beep()
         return;
     [[maybe_unused]] const ssize_t written = ::write(terminal, "\a", 1);
     ::close(terminal);
+}
+
+} // namespace
+
+void beep()
+{
+    // Qt's own beep lives in Qt Widgets, which the program does not use.
+    if (!playTone())
+        terminalBell();
 }
 
 } // namespace SoundPlayer

@@ -9,7 +9,7 @@ namespace SoundPlayer {
 // Starts playing the sound file on the application's thread and returns at once. False when it cannot
 // start: no application object, no audio output, or a path a URL cannot carry.
 [[nodiscard]] bool play(const QString &path);
-// The terminal bell; a window without a terminal stays silent.
+// A short tone through the audio output when the program has a window, else the terminal bell.
 void beep();
 
 } // namespace SoundPlayer
