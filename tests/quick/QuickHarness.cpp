@@ -72,7 +72,7 @@ QObject *QuickHarness::newViewModel()
         }
         services.discoverInstalledApps = [apps] { return finished(apps); };
     }
-    if (m_syntheticItems > 0) {
+    if (m_syntheticItems >= 0) {
         services.scanApp = [count = m_syntheticItems](const InstalledApp &app) {
             ScanResult result;
             for (int i = 0; i < count; ++i) {

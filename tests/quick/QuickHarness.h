@@ -20,8 +20,8 @@ class QuickHarness : public QObject {
     Q_PROPERTY(QString offeredVersion MEMBER m_offeredVersion NOTIFY changed)
     Q_PROPERTY(int trashRuns MEMBER m_trashRuns NOTIFY changed)
     Q_PROPERTY(QUrl lastOpenedUrl MEMBER m_lastOpenedUrl NOTIFY changed)
-    // When above zero, discovery lists this many made-up apps and every scan finds this many items,
-    // spread over the categories: the lists' laziness is tested with them.
+    // When set, discovery lists this many made-up apps (above zero) and every scan finds this many
+    // items spread over the categories (zero and above): for empty results and the lists' laziness.
     Q_PROPERTY(int syntheticApps MEMBER m_syntheticApps NOTIFY changed)
     Q_PROPERTY(int syntheticItems MEMBER m_syntheticItems NOTIFY changed)
 
@@ -48,5 +48,5 @@ private:
     int m_trashRuns = 0;
     QUrl m_lastOpenedUrl;
     int m_syntheticApps = 0;
-    int m_syntheticItems = 0;
+    int m_syntheticItems = -1;
 };
