@@ -52,10 +52,15 @@ namespace TestSupport {
 
 void writeFile(const QString &path, const QByteArray &contents)
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    QCOMPARE(file.write(contents), contents.size());
+    // Byte for byte, so that names that are not UTF-8 reach the disk as they are (QFile would not).
+    const std::filesystem::path native = NativePath::encode(path).toStdString();
+    std::error_code error;
+    std::filesystem::create_directories(native.parent_path(), error);
+    const int fd = ::open(native.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    QVERIFY2(fd >= 0, qPrintable(path));
+    const bool written = ::write(fd, contents.constData(), size_t(contents.size())) == contents.size();
+    ::close(fd);
+    QVERIFY2(written, qPrintable(path));
 }
 
 void makeFolder(const QString &path)

@@ -14,7 +14,8 @@ class QObject;
 // Fixture trees for tests: everything lives in a temporary folder, never in the real home.
 namespace TestSupport {
 
-// Creates the file (and its parent folders) with these bytes; fails the calling test on error.
+// Creates the file (and its parent folders) with these bytes; fails the calling test on error. Names
+// that NativePath decoded from bytes that are not UTF-8 are written as those bytes.
 void writeFile(const QString &path, const QByteArray &contents = QByteArray());
 void makeFolder(const QString &path);
 void makeSymlink(const QString &target, const QString &linkPath);
