@@ -69,6 +69,7 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
+        TestSupport::sweepOnExit(m_folder->path());
     }
 
     void singleItems()
