@@ -12,7 +12,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -70,18 +69,10 @@ private:
     QTemporaryDir m_dir;
     QString m_root;
 
-    // Written with POSIX calls so that names that are not UTF-8 reach the disk byte for byte.
     QString write(const QString &relative, const QByteArray &contents)
     {
-        const QString path = m_root + QLatin1Char('/') + relative;
-        const QByteArray native = NativePath::encode(path);
-        const QByteArray parent = native.left(native.lastIndexOf('/'));
-        QDir().mkpath(QString::fromUtf8(parent));
-        const int fd = ::open(native.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (fd < 0 || ::write(fd, contents.constData(), contents.size()) != contents.size())
-            qFatal("cannot write fixture %s", native.constData());
-        ::close(fd);
-        return path;
+        writeFile(m_root + QLatin1Char('/') + relative, contents);
+        return m_root + QLatin1Char('/') + relative;
     }
 
     void expectTrashed(const QString &path, const QByteArray &contents)
