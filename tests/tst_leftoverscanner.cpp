@@ -287,22 +287,14 @@ private Q_SLOTS:
         QCOMPARE(query.readAll(), QByteArray("kMDItemCFBundleIdentifier == 'org.sample.Indexed'"));
     }
 
-    void spotlightFailuresAddNothing_data()
+    // A quote makes the query malformed; the failing tool's output must not be taken (the runner's own
+    // failures are covered in its tests).
+    void spotlightFailureAddsNothing()
     {
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("non-zero exit") << 1 << QByteArray("/tmp\n");
-        QTest::newRow("not UTF-8") << 0 << QByteArray("\xff\xfe/x\n");
-    }
-    void spotlightFailuresAddNothing()
-    {
-        QFETCH(int, exitCode);
-        QFETCH(QByteArray, answer);
         const QString file = at(QStringLiteral("/x"));
         TestSupport::writeFile(file, "x");
-        installMdfind(answer.replace("/x", file.toUtf8()), exitCode);
-        const auto found = scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("it's.quoted")));
-        QCOMPARE(found.size(), 1);
+        installMdfind(file.toUtf8() + '\n', 1);
+        QCOMPARE(scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("it's.quoted"))).size(), 1);
     }
 
     void noIdentifierUsesNamesOnly()
