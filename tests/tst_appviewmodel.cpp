@@ -481,6 +481,30 @@ private Q_SLOTS:
         QCOMPARE(confirmation.count(), 1);
     }
 
+    // The window's rows and section boxes call in by id and by title; a stale one changes nothing.
+    void entryPointsByIdAndTitle()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const InstalledApp beta = app(QStringLiteral("Beta"));
+        loadAndScan({alpha, beta}, resultOf(alpha, 2));
+        model().selectAppById(QStringLiteral("/Applications/Gone.app"));
+        QCOMPARE(model().selectedApp(), alpha);
+        model().setCategorySelection(QStringLiteral("caches"), false); // titles are case-sensitive
+        QCOMPARE(model().selectedItemIDs().size(), 3);
+        model().setCategorySelection(QStringLiteral("Caches"), false);
+        QCOMPARE(model().selectedItems(), resultOf(alpha, 2).items.mid(0, 1));
+        model().selectAppById(beta.id);
+        QCOMPARE(model().selectedApp(), beta);
+
+        const QList<OrphanedAppGroup> groups{group(QStringLiteral("One"), OrphanConfidence::high),
+                                             group(QStringLiteral("Two"), OrphanConfidence::high)};
+        enterRemovedMode(groups);
+        model().selectOrphanById(QStringLiteral("id.Gone"));
+        QCOMPARE(model().selectedOrphan(), groups.at(0));
+        model().selectOrphanById(groups.at(1).id);
+        QCOMPARE(model().selectedOrphan(), groups.at(1));
+    }
+
     void deletionOutcome_data()
     {
         QTest::addColumn<int>("moved");
