@@ -27,11 +27,7 @@ namespace {
 QList<LeftoverItem> groupItems;
 int lookups = 0;
 
-struct Run {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+using TestSupport::Run;
 
 enum class Input { none, terminal };
 
