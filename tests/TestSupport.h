@@ -2,16 +2,32 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
+
+#include <utility>
+
+class QObject;
 
 // Fixture trees for tests: everything lives in a temporary folder, never in the real home.
 namespace TestSupport {
 
-// Creates the file (and its parent folders) with these bytes; fails the calling test on error.
+// Creates the file (and its parent folders) with these bytes; fails the calling test on error. Names
+// that NativePath decoded from bytes that are not UTF-8 are written as those bytes.
 void writeFile(const QString &path, const QByteArray &contents = QByteArray());
 void makeFolder(const QString &path);
 void makeSymlink(const QString &target, const QString &linkPath);
+
+// An XML property list holding one dictionary of string values.
+[[nodiscard]] QByteArray infoPlist(const QList<std::pair<QString, QString>> &strings);
+// A bundle folder: Contents/Info.plist with the name (and the identifier unless it is empty) and an
+// executable of payload bytes.
+void writeApp(const QString &bundle, const QString &name, const QString &identifier = QString(), int payload = 0);
+
+// A folder of its own for the running test function and data row, under dir.
+[[nodiscard]] QString caseFolder(const QTemporaryDir &dir);
 
 // Removes the folder byte for byte when the test process ends: QTemporaryDir cannot delete names that
 // are not UTF-8. generateSampleMac does this for its folder.
@@ -25,8 +41,38 @@ void sweepOnExit(const QString &folder);
 
 // Points the file-system layout at a root and home for the rest of the test.
 void useLayout(const QString &root, const QString &home);
+// Creates root/Users/ann/Library and points the layout at root and that home, which it returns.
+QString useSampleLayout(const QString &root);
 
 // True when the process runs with root's rights, so permission tests must drop them or skip.
 [[nodiscard]] bool runningAsRoot();
+// True when an unprivileged run really lacks root's rights: not root, or root with setpriv at hand.
+[[nodiscard]] bool canRunUnprivileged();
+
+// A finished program; exitCode is -1 when it could not start, crashed or ran out of time.
+struct Run {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+// As root with unprivileged set, the program runs as nobody through setpriv.
+[[nodiscard]] Run runProgram(const QString &program, const QStringList &arguments, bool unprivileged = false);
+// The built kestrune-cli.
+[[nodiscard]] Run runCli(const QStringList &arguments, bool unprivileged = false);
+
+// One record of a freedesktop Trash: the name under files/ and the raw path it restores to.
+struct Trashed {
+    QString name;
+    QByteArray originalPath;
+};
+[[nodiscard]] QList<Trashed> trashedIn(const QString &trash);
+// The Trash that GIO uses for this process (XDG_DATA_HOME/Trash).
+[[nodiscard]] QString homeTrash();
+// A file's bytes read with POSIX calls (names that are not UTF-8 included); "<unreadable>" on failure.
+[[nodiscard]] QByteArray readBytes(const QString &path);
+
+// Runs the test object with HOME and XDG_DATA_HOME in a private temporary folder, set before GLib
+// first reads them, so that nothing reaches the real Trash. Call from main after QCoreApplication.
+int execWithPrivateTrash(QObject *test, int argc, char *argv[]);
 
 } // namespace TestSupport

@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: MIT
 # These tests run the built command line (directly, or as an unprivileged user through setpriv).
-add_dependencies(tst_cli_apps kestrune-cli)
-add_dependencies(tst_filesizecalculator kestrune-cli)
+foreach(test_target IN ITEMS tst_cli_apps tst_filesizecalculator tst_leftoverscanner_cli tst_orphansample tst_updatecheck)
+    add_dependencies(${test_target} kestrune-cli)
+endforeach()

@@ -27,11 +27,7 @@ namespace {
 QList<LeftoverItem> groupItems;
 int lookups = 0;
 
-struct Run {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+using TestSupport::Run;
 
 enum class Input { none, terminal };
 
@@ -93,15 +89,8 @@ QStringList jsonPaths(const QJsonArray &items)
 QStringList trashedOriginals()
 {
     QStringList originals;
-    QDir info(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash/info"));
-    for (const QString &name : info.entryList(QDir::Files)) {
-        QFile file(info.filePath(name));
-        if (file.open(QIODevice::ReadOnly)) {
-            for (const QByteArray &line : file.readAll().split('\n'))
-                if (line.startsWith("Path="))
-                    originals.append(QString::fromUtf8(QByteArray::fromPercentEncoding(line.mid(5))));
-        }
-    }
+    for (const TestSupport::Trashed &entry : TestSupport::trashedIn(TestSupport::homeTrash()))
+        originals.append(QString::fromUtf8(entry.originalPath));
     originals.sort();
     return originals;
 }
@@ -144,11 +133,8 @@ private:
 private Q_SLOTS:
     void init()
     {
-        QDir(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash")).removeRecursively();
-        const QString root = m_dir.path() + QStringLiteral("/") + QString::fromLatin1(QTest::currentTestFunction())
-                             + QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_'));
-        m_home = root + QStringLiteral("/Users/ann");
-        TestSupport::useLayout(root, m_home);
+        QDir(TestSupport::homeTrash()).removeRecursively();
+        m_home = TestSupport::useSampleLayout(TestSupport::caseFolder(m_dir));
         m_support = m_home + QStringLiteral("/Library/Application Support/Gone");
         m_cache = m_home + QStringLiteral("/Library/Caches/com.example.gone");
         m_prefs = m_home + QStringLiteral("/Library/Preferences/com.example.gone.plist");
@@ -245,7 +231,6 @@ private Q_SLOTS:
         QTest::newRow("YES") << QByteArray("YES\n") << true;
         QTest::newRow("no") << QByteArray("n\n") << false;
         QTest::newRow("just return") << QByteArray("\n") << false;
-        QTest::newRow("anything else") << QByteArray("sure\n") << false;
     }
 
     void terminalConfirmation()
@@ -273,15 +258,8 @@ private Q_SLOTS:
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    QTemporaryDir sandbox;
-    if (!sandbox.isValid())
-        return 1;
-    // Before any GLib call: it reads both once and keeps them.
-    qputenv("HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/home")));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/data")));
-    QDir().mkpath(sandbox.path() + QStringLiteral("/home"));
     CliRemoveTest test;
-    return QTest::qExec(&test, argc, argv);
+    return TestSupport::execWithPrivateTrash(&test, argc, argv);
 }
 
 #include "tst_cli_remove.moc"

@@ -9,23 +9,17 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QUrl>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 
-namespace {
+using namespace TestSupport;
 
-QString trashFolder()
-{
-    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash");
-}
+namespace {
 
 bool lexists(const QString &path)
 {
@@ -39,40 +33,6 @@ QString failures(const DeletionReport &report)
     for (const auto &[failed, message] : report.failed)
         lines.append(failed.path() + QStringLiteral(": ") + message);
     return lines.join(QLatin1Char('\n'));
-}
-
-QByteArray readBytes(const QString &path)
-{
-    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY);
-    if (fd < 0)
-        return "<unreadable>";
-    QByteArray contents;
-    char buffer[4096];
-    for (ssize_t got; (got = ::read(fd, buffer, sizeof buffer)) > 0;)
-        contents.append(buffer, got);
-    ::close(fd);
-    return contents;
-}
-
-// The freedesktop record of one trashed item: its name under files/ and the original path it restores to.
-struct Trashed {
-    QString name;
-    QByteArray originalPath;
-};
-
-QList<Trashed> trashedIn(const QString &trash)
-{
-    QList<Trashed> found;
-    const QString info = trash + QStringLiteral("/info");
-    for (const FileSystem::DirectoryEntry &entry : FileSystem::contentsOfDirectory(info, false).value_or(QList<FileSystem::DirectoryEntry>())) {
-        if (!entry.name.endsWith(QLatin1String(".trashinfo")))
-            continue;
-        for (const QByteArray &line : readBytes(entry.path).split('\n')) {
-            if (line.startsWith("Path="))
-                found.append({entry.name.chopped(10), QByteArray::fromPercentEncoding(line.mid(5))});
-        }
-    }
-    return found;
 }
 
 // The trashed copy of the item that came from originalPath, or an empty string.
@@ -99,16 +59,6 @@ QStringList paths(const QList<LeftoverItem> &items)
     return result;
 }
 
-QString run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return QString::fromLocal8Bit(process.readAllStandardError() + process.readAllStandardOutput()).trimmed()
-               + QStringLiteral(" (failed)");
-    return QString();
-}
-
 } // namespace
 
 class DeletionServiceTest : public QObject
@@ -119,24 +69,16 @@ private:
     QTemporaryDir m_dir;
     QString m_root;
 
-    // Written with POSIX calls so that names that are not UTF-8 reach the disk byte for byte.
     QString write(const QString &relative, const QByteArray &contents)
     {
-        const QString path = m_root + QLatin1Char('/') + relative;
-        const QByteArray native = NativePath::encode(path);
-        const QByteArray parent = native.left(native.lastIndexOf('/'));
-        QDir().mkpath(QString::fromUtf8(parent));
-        const int fd = ::open(native.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (fd < 0 || ::write(fd, contents.constData(), contents.size()) != contents.size())
-            qFatal("cannot write fixture %s", native.constData());
-        ::close(fd);
-        return path;
+        writeFile(m_root + QLatin1Char('/') + relative, contents);
+        return m_root + QLatin1Char('/') + relative;
     }
 
     void expectTrashed(const QString &path, const QByteArray &contents)
     {
         QVERIFY2(!lexists(path), qPrintable(path + QStringLiteral(" is still in place")));
-        const QString copy = trashedCopy(trashFolder(), path);
+        const QString copy = trashedCopy(homeTrash(), path);
         QVERIFY2(!copy.isEmpty(), qPrintable(path + QStringLiteral(" has no restorable record in the Trash")));
         QCOMPARE(readBytes(copy), contents);
     }
@@ -145,11 +87,10 @@ private Q_SLOTS:
     void init()
     {
         QVERIFY(m_dir.isValid());
-        m_root = m_dir.path() + QStringLiteral("/case-") + QString::fromLatin1(QTest::currentTestFunction())
-                 + QString::fromLatin1(QTest::currentDataTag());
+        m_root = caseFolder(m_dir);
         QVERIFY(QDir().mkpath(m_root));
         // QDir cannot remove names that are not UTF-8.
-        QVERIFY(run(QStringLiteral("rm"), {"-rf", trashFolder()}).isEmpty());
+        QCOMPARE(runProgram(QStringLiteral("rm"), {"-rf", homeTrash()}).exitCode, 0);
     }
 
     void processingOrder_data()
@@ -181,7 +122,7 @@ private Q_SLOTS:
         const DeletionReport report = DeletionService::moveToTrash({});
         QVERIFY(report.deleted.isEmpty());
         QVERIFY(report.failed.isEmpty());
-        QVERIFY(!QFileInfo::exists(trashFolder()));
+        QVERIFY(!QFileInfo::exists(homeTrash()));
     }
 
     void folderAndFileInsideIt()
@@ -192,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(paths(report.deleted), (QStringList{file, folder}));
         QVERIFY(report.failed.isEmpty());
         expectTrashed(file, "inner");
-        QVERIFY(!trashedCopy(trashFolder(), folder).isEmpty());
+        QVERIFY(!trashedCopy(homeTrash(), folder).isEmpty());
         QVERIFY(QFileInfo::exists(m_root + QStringLiteral("/Support")));
     }
 
@@ -241,12 +182,12 @@ private Q_SLOTS:
     {
         const QString target = write(QStringLiteral("target.txt"), "T");
         const QString link = m_root + QStringLiteral("/link");
-        TestSupport::makeSymlink(target, link);
+        makeSymlink(target, link);
         const DeletionReport report = DeletionService::moveToTrash({item(link)});
         QCOMPARE(paths(report.deleted), QStringList{link});
         QVERIFY(!lexists(link));
         QCOMPARE(readBytes(target), QByteArray("T"));
-        const QString copy = trashedCopy(trashFolder(), link);
+        const QString copy = trashedCopy(homeTrash(), link);
         QVERIFY(QFileInfo(copy).isSymLink());
         QCOMPARE(QFileInfo(copy).symLinkTarget(), target);
     }
@@ -278,9 +219,9 @@ private Q_SLOTS:
         write(QStringLiteral("A/com.example.plist"), "third");
         QCOMPARE(DeletionService::moveToTrash({item(first)}).deleted.size(), 1);
         QStringList restored;
-        for (const Trashed &entry : trashedIn(trashFolder()))
+        for (const Trashed &entry : trashedIn(homeTrash()))
             restored.append(NativePath::decode(entry.originalPath) + QLatin1Char('=')
-                            + QString::fromUtf8(readBytes(trashFolder() + QStringLiteral("/files/") + entry.name)));
+                            + QString::fromUtf8(readBytes(homeTrash() + QStringLiteral("/files/") + entry.name)));
         restored.sort();
         QCOMPARE(restored, (QStringList{first + QStringLiteral("=first"), first + QStringLiteral("=third"),
                                         second + QStringLiteral("=second")}));
@@ -300,23 +241,23 @@ private Q_SLOTS:
     {
         QFETCH(QString, type);
         QFETCH(bool, trashable);
-        if (!TestSupport::runningAsRoot())
+        if (!runningAsRoot())
             QSKIP("mounting a file system needs root");
         const QString mount = m_root + QStringLiteral("/mnt");
         QVERIFY(QDir().mkpath(mount));
-        const QString failure = run(QStringLiteral("mount"), {"-t", type, type, mount});
-        if (!failure.isEmpty())
-            QSKIP(qPrintable(QStringLiteral("cannot mount %1 here: %2").arg(type, failure)));
+        const Run mounted = runProgram(QStringLiteral("mount"), {"-t", type, type, mount});
+        if (mounted.exitCode != 0)
+            QSKIP(qPrintable(QStringLiteral("cannot mount %1 here: %2").arg(type, QString::fromLocal8Bit(mounted.err))));
         const QString path = mount + QStringLiteral("/Caches/blob");
-        TestSupport::writeFile(path, "elsewhere");
+        writeFile(path, "elsewhere");
 
         const DeletionReport report = DeletionService::moveToTrash({item(path)});
         const QString mountTrash = mount + QStringLiteral("/.Trash-%1").arg(::geteuid());
         // A mount's own Trash records the path relative to the mount.
         const QByteArray trashed = readBytes(trashedCopy(mountTrash, QStringLiteral("Caches/blob")));
         const QByteArray inPlace = readBytes(path);
-        const bool homeTrashUntouched = trashedIn(trashFolder()).isEmpty();
-        QVERIFY(run(QStringLiteral("umount"), {mount}).isEmpty());
+        const bool homeTrashUntouched = trashedIn(homeTrash()).isEmpty();
+        QCOMPARE(runProgram(QStringLiteral("umount"), {mount}).exitCode, 0);
 
         QVERIFY(homeTrashUntouched);
         if (trashable) {
@@ -332,10 +273,8 @@ private Q_SLOTS:
 
     void parentNotWritableFailsInPlace()
     {
-        if (!TestSupport::runningAsRoot())
-            QSKIP("the unprivileged case needs root to drop to another user");
-        if (setprivPath().isEmpty())
-            QSKIP("setpriv (util-linux) is not installed");
+        if (!runningAsRoot() || !canRunUnprivileged())
+            QSKIP("needs root and setpriv to hand the folders to another user");
         // The sandbox is private to root; the unprivileged user needs a world-readable case folder.
         QTemporaryDir shared(QStringLiteral("/tmp/kestrune-trash-XXXXXX"));
         QVERIFY(shared.isValid());
@@ -344,18 +283,15 @@ private Q_SLOTS:
         const QString locked = shared.path() + QStringLiteral("/Library/Locked");
         const QString open = shared.path() + QStringLiteral("/Library/Open");
         QVERIFY(QDir().mkpath(home) && QDir().mkpath(locked + QStringLiteral("/App")) && QDir().mkpath(open));
-        TestSupport::writeFile(locked + QStringLiteral("/App/data"), "locked");
-        TestSupport::writeFile(open + QStringLiteral("/App.plist"), "open");
+        writeFile(locked + QStringLiteral("/App/data"), "locked");
+        writeFile(open + QStringLiteral("/App.plist"), "open");
         for (const QString &path : {home, open, open + QStringLiteral("/App.plist")})
             QVERIFY(::chown(QFile::encodeName(path).constData(), 65534, 65534) == 0);
 
-        QProcess child;
-        child.start(QStringLiteral("setpriv"),
-                    {"--reuid=65534", "--regid=65534", "--clear-groups", QCoreApplication::applicationFilePath(),
-                     "--trash-as-child", home, locked + QStringLiteral("/App"), open + QStringLiteral("/App.plist")});
-        QVERIFY(child.waitForFinished(60000));
-        const QStringList lines = QString::fromUtf8(child.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(child.exitCode(), 0);
+        const Run child = runProgram(QCoreApplication::applicationFilePath(),
+                                     {"--trash-as-child", home, locked + QStringLiteral("/App"), open + QStringLiteral("/App.plist")}, true);
+        const QStringList lines = QString::fromUtf8(child.out).split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(child.exitCode, 0);
         QCOMPARE(lines.size(), 2);
         QVERIFY2(lines.at(0).startsWith(QStringLiteral("moved\t") + open), qPrintable(lines.at(0)));
         QVERIFY2(lines.at(1).startsWith(QStringLiteral("failed\t") + locked + QStringLiteral("/App\t")), qPrintable(lines.at(1)));
@@ -367,16 +303,6 @@ private Q_SLOTS:
         QCOMPARE(trashed.size(), 1);
         QCOMPARE(trashed.first().originalPath, NativePath::encode(open + QStringLiteral("/App.plist")));
         QCOMPARE(readBytes(childTrash + QStringLiteral("/files/") + trashed.first().name), QByteArray("open"));
-    }
-
-private:
-    static QString setprivPath()
-    {
-        for (const char *candidate : {"/usr/bin/setpriv", "/bin/setpriv"}) {
-            if (::access(candidate, X_OK) == 0)
-                return QString::fromLatin1(candidate);
-        }
-        return QString();
     }
 };
 
@@ -403,20 +329,8 @@ int main(int argc, char *argv[])
     if (argc >= 3 && qstrcmp(argv[1], "--trash-as-child") == 0)
         return trashAsChild(argc, argv);
     QCoreApplication application(argc, argv);
-    QTemporaryDir folder;
-    if (!folder.isValid())
-        return 1;
-    // Before any GLib call: it reads both once and keeps them.
-    qputenv("HOME", QFile::encodeName(folder.path() + QStringLiteral("/home")));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path() + QStringLiteral("/data")));
-    QDir().mkpath(folder.path() + QStringLiteral("/home"));
-    int failed = 0;
-    {
-        DeletionServiceTest test;
-        failed = QTest::qExec(&test, argc, argv);
-    }
-    run(QStringLiteral("rm"), {"-rf", folder.path()});
-    return failed;
+    DeletionServiceTest test;
+    return execWithPrivateTrash(&test, argc, argv);
 }
 
 #include "tst_deletionservice.moc"

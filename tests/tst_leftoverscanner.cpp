@@ -60,11 +60,8 @@ private Q_SLOTS:
     {
         QVERIFY(m_dir.isValid());
         // A fresh sample Mac per case: each one proves its own files.
-        m_root = m_dir.path() + QStringLiteral("/case-") + QString::fromLatin1(QTest::currentTestFunction())
-            + QLatin1Char('-') + QString::fromUtf8(QTest::currentDataTag());
-        m_home = m_root + QStringLiteral("/Users/ann");
-        TestSupport::makeFolder(m_home + QStringLiteral("/Library"));
-        TestSupport::useLayout(m_root, m_home);
+        m_root = TestSupport::caseFolder(m_dir);
+        m_home = TestSupport::useSampleLayout(m_root);
     }
 
     void searchTerms_data()
@@ -210,9 +207,7 @@ private Q_SLOTS:
         QTest::newRow("nested only, name matches") << "com.example.myapp.agent.plist" << nested << true;
         QTest::newRow("malformed, name matches") << "com.example.myapp.broken.plist" << QByteArray(head + "<dict><key>") << true;
         QTest::newRow("malformed, name unrelated") << "com.other.broken.plist" << QByteArray(head + "<dict><key>") << false;
-        QTest::newRow("binary garbage, name matches") << "myapp.garbage.plist" << QByteArray("bplist00\xff\x00\x13garbage", 18) << true;
         QTest::newRow("not a dictionary") << "com.other.array.plist" << array << false;
-        QTest::newRow("not a dictionary, name matches") << "myapp.array.plist" << array << true;
     }
     void launchItems()
     {
@@ -274,7 +269,6 @@ private Q_SLOTS:
         QTest::newRow("saved state") << "~/Library/Saved Application State/sub/x" << Category::savedState;
         QTest::newRow("webkit falls to other") << "~/Library/WebKit/sub/x" << Category::other;
         QTest::newRow("downloads copy") << "~/Downloads/Indexed.app" << Category::other;
-        QTest::newRow("temporary folder") << "/private/var/folders/zz/T/x.tmp" << Category::other;
     }
     void spotlight()
     {
@@ -293,22 +287,14 @@ private Q_SLOTS:
         QCOMPARE(query.readAll(), QByteArray("kMDItemCFBundleIdentifier == 'org.sample.Indexed'"));
     }
 
-    void spotlightFailuresAddNothing_data()
+    // A quote makes the query malformed; the failing tool's output must not be taken (the runner's own
+    // failures are covered in its tests).
+    void spotlightFailureAddsNothing()
     {
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("non-zero exit") << 1 << QByteArray("/tmp\n");
-        QTest::newRow("not UTF-8") << 0 << QByteArray("\xff\xfe/x\n");
-    }
-    void spotlightFailuresAddNothing()
-    {
-        QFETCH(int, exitCode);
-        QFETCH(QByteArray, answer);
         const QString file = at(QStringLiteral("/x"));
         TestSupport::writeFile(file, "x");
-        installMdfind(answer.replace("/x", file.toUtf8()), exitCode);
-        const auto found = scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("it's.quoted")));
-        QCOMPARE(found.size(), 1);
+        installMdfind(file.toUtf8() + '\n', 1);
+        QCOMPARE(scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("it's.quoted"))).size(), 1);
     }
 
     void noIdentifierUsesNamesOnly()

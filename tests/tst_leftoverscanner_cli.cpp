@@ -5,9 +5,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+using TestSupport::Run;
 
 // kestrune-cli scan, end to end, against sample Macs in a temporary folder.
 class LeftoverScanCliTest : public QObject
@@ -19,39 +20,11 @@ class LeftoverScanCliTest : public QObject
     QString m_home;
     QString m_sample;
 
-    struct Run {
-        int exitCode = -1;
-        QByteArray out;
-        QString err;
-    };
-
     static Run cli(const QString &root, const QString &home, const QStringList &arguments, bool unprivileged = false)
     {
-        QStringList command{QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), QStringLiteral("--root"), root,
-                            QStringLiteral("--home"), home};
-        if (unprivileged && TestSupport::runningAsRoot())
-            command = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
-                                  QStringLiteral("--clear-groups")} + command;
-        command += arguments;
-        const QString program = unprivileged && TestSupport::runningAsRoot() ? QStringLiteral("setpriv") : command.takeFirst();
-        QProcess process;
-        process.start(program, command);
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitCode(), process.readAllStandardOutput(), QString::fromUtf8(process.readAllStandardError())};
+        return TestSupport::runCli(QStringList{QStringLiteral("--root"), root, QStringLiteral("--home"), home} + arguments, unprivileged);
     }
-
     Run cli(const QStringList &arguments) const { return cli(m_root, m_home, arguments); }
-
-    void bundle(const QString &path, const QString &name, const QString &identifier) const
-    {
-        TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"),
-                               QStringLiteral("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
-                                              "<key>CFBundleName</key><string>%1</string>"
-                                              "<key>CFBundleIdentifier</key><string>%2</string></dict></plist>")
-                                   .arg(name, identifier)
-                                   .toUtf8());
-    }
 
     static QJsonObject json(const Run &run)
     {
@@ -64,9 +37,9 @@ private Q_SLOTS:
         QVERIFY(m_dir.isValid());
         m_root = m_dir.path() + QStringLiteral("/mac");
         m_home = m_root + QStringLiteral("/Users/ann");
-        bundle(m_root + QStringLiteral("/Applications/Twin.app"), QStringLiteral("Twin"), QStringLiteral("com.a.twin"));
-        bundle(m_home + QStringLiteral("/Applications/Twin Copy.app"), QStringLiteral("twin"), QStringLiteral("com.b.twin"));
-        bundle(m_root + QStringLiteral("/Applications/Solo.app"), QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
+        TestSupport::writeApp(m_root + QStringLiteral("/Applications/Twin.app"), QStringLiteral("Twin"), QStringLiteral("com.a.twin"));
+        TestSupport::writeApp(m_home + QStringLiteral("/Applications/Twin Copy.app"), QStringLiteral("twin"), QStringLiteral("com.b.twin"));
+        TestSupport::writeApp(m_root + QStringLiteral("/Applications/Solo.app"), QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
         TestSupport::writeFile(m_home + QStringLiteral("/Library/Caches/com.example.Solo/db"), "12345678");
         TestSupport::writeFile(m_root + QStringLiteral("/Library/LaunchDaemons/com.example.Solo.plist"), "broken");
         m_sample = m_dir.path() + QStringLiteral("/sample");
@@ -105,7 +78,7 @@ private Q_SLOTS:
     {
         // Not in an applications folder, and then not there at all: the leftovers are found by file name.
         const QString elsewhere = m_dir.path() + QStringLiteral("/elsewhere/Solo.app");
-        bundle(elsewhere, QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
+        TestSupport::writeApp(elsewhere, QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
         Run run = cli({QStringLiteral("scan"), elsewhere, QStringLiteral("--json")});
         QCOMPARE(run.exitCode, 0);
         // The bundle, the cache and the daemon list (unreadable, matched by its file name).
@@ -135,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 1);
         QVERIFY(run.out.isEmpty());
         for (const QString &text : mentioned)
-            QVERIFY2(run.err.contains(text), qPrintable(run.err));
+            QVERIFY2(QString::fromUtf8(run.err).contains(text), run.err.constData());
     }
 
     void humanOutputGroupsByCategory()
@@ -156,11 +129,11 @@ private Q_SLOTS:
     void unreadableFoldersArePassedOver()
     {
         // The sample locks ~/Library/Input Methods, which holds a match; root would read it anyway.
+        if (!TestSupport::canRunUnprivileged())
+            QSKIP("running as root without setpriv: cannot drop to an unprivileged user");
         QFile::setPermissions(m_dir.path(), QFile::permissions(m_dir.path()) | QFile::ExeOther | QFile::ReadOther);
         const QString home = TestSupport::sampleHome(m_sample);
         const Run run = cli(m_sample, home, {QStringLiteral("scan"), QStringLiteral("Brightline"), QStringLiteral("--json")}, true);
-        if (run.exitCode == -1)
-            QSKIP("could not run kestrune-cli as an unprivileged user (setpriv missing?)");
         QCOMPARE(run.exitCode, 0);
         QStringList paths;
         for (const QJsonValue &value : json(run).value("items").toArray())

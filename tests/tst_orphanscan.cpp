@@ -11,18 +11,6 @@
 using namespace TestSupport;
 using C = LeftoverCategory;
 
-namespace {
-
-QByteArray plist(const QList<std::pair<QString, QString>> &strings)
-{
-    QByteArray xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>";
-    for (const auto &[key, value] : strings)
-        xml += "<key>" + key.toUtf8() + "</key><string>" + value.toUtf8() + "</string>";
-    return xml + "</dict></plist>\n";
-}
-
-} // namespace
-
 class TestOrphanScan : public QObject {
     Q_OBJECT
 
@@ -31,21 +19,12 @@ class TestOrphanScan : public QObject {
     QString m_home;
 
     QString lib(const QString &relative) const { return m_home + QStringLiteral("/Library/") + relative; }
-    void folder(const QString &relative, qint64 bytes = 10)
-    {
-        writeFile(lib(relative) + QStringLiteral("/data"), QByteArray(bytes, 'x'));
-    }
+    void folder(const QString &relative, qint64 bytes = 10) { writeFile(lib(relative) + QStringLiteral("/data"), QByteArray(bytes, 'x')); }
     void prefs(const QString &bundleID, const QList<std::pair<QString, QString>> &strings = {})
     {
-        writeFile(lib(QStringLiteral("Preferences/%1.plist").arg(bundleID)), plist(strings));
+        writeFile(lib(QStringLiteral("Preferences/%1.plist").arg(bundleID)), infoPlist(strings));
     }
-    void install(const QString &fileName, const QString &name, const QString &bundleID)
-    {
-        QList<std::pair<QString, QString>> info = {{QStringLiteral("CFBundleName"), name}};
-        if (!bundleID.isEmpty())
-            info.append({QStringLiteral("CFBundleIdentifier"), bundleID});
-        writeFile(m_root + QStringLiteral("/Applications/") + fileName + QStringLiteral("/Contents/Info.plist"), plist(info));
-    }
+    void install(const QString &file, const QString &name, const QString &id) { writeApp(m_root + QStringLiteral("/Applications/") + file, name, id); }
     static QList<OrphanedAppGroup> scan() { return OrphanedLeftoverScannerService::scan().result(); }
     static const OrphanedAppGroup *find(const QList<OrphanedAppGroup> &groups, const QString &id)
     {
@@ -67,12 +46,9 @@ private Q_SLOTS:
     void init()
     {
         QVERIFY(m_dir.isValid());
-        m_root = m_dir.path() + QStringLiteral("/case-") + QString::fromLatin1(QTest::currentTestFunction())
-            + QString::fromLatin1(QTest::currentDataTag());
-        m_home = m_root + QStringLiteral("/Users/ann");
-        makeFolder(m_home);
+        m_root = caseFolder(m_dir);
+        m_home = useSampleLayout(m_root);
         makeFolder(m_root + QStringLiteral("/Applications"));
-        useLayout(m_root, m_home);
     }
 
     void containerAndPreference()
@@ -130,14 +106,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("contents");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("display name first") << plist({{"CFBundleName", "Short"}, {"CFBundleDisplayName", "Long Name"}}) << "Long Name";
-        QTest::newRow("empty display name") << plist({{"CFBundleDisplayName", ""}, {"CFBundleName", "Short"}}) << "Short";
-        QTest::newRow("kept untrimmed") << plist({{"CFBundleName", " Spaced "}}) << " Spaced ";
+        QTest::newRow("display name first") << infoPlist({{"CFBundleName", "Short"}, {"CFBundleDisplayName", "Long Name"}}) << "Long Name";
+        QTest::newRow("empty display name") << infoPlist({{"CFBundleDisplayName", ""}, {"CFBundleName", "Short"}}) << "Short";
+        QTest::newRow("kept untrimmed") << infoPlist({{"CFBundleName", " Spaced "}}) << " Spaced ";
         QTest::newRow("not a string") << QByteArray("<plist><dict><key>CFBundleName</key><integer>4</integer></dict></plist>") << "Tool";
         QTest::newRow("array at top") << QByteArray("<plist><array><string>x</string></array></plist>") << "Tool";
-        QTest::newRow("truncated") << plist({{"CFBundleName", "Never"}}).left(60) << "Tool";
-        QTest::newRow("binary garbage") << QByteArray("bplist00\xff\x01\x02garbage", 18) << "Tool";
-        QTest::newRow("empty file") << QByteArray() << "Tool";
+        QTest::newRow("truncated") << infoPlist({{"CFBundleName", "Never"}}).left(60) << "Tool";
     }
     void preferenceDisplayNames()
     {

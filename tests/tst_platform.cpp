@@ -25,26 +25,21 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::newRow("zero") << qint64(0) << "Zero KB";
         QTest::newRow("one") << qint64(1) << "1 byte";
-        QTest::newRow("350") << qint64(350) << "350 bytes";
         QTest::newRow("999") << qint64(999) << "999 bytes";
         QTest::newRow("1000") << qint64(1000) << "1 KB";
         QTest::newRow("1499 rounds down") << qint64(1499) << "1 KB";
         QTest::newRow("1500 rounds up") << qint64(1500) << "2 KB";
-        QTest::newRow("12 KB") << qint64(12000) << "12 KB";
         QTest::newRow("999,499 stays KB") << qint64(999499) << "999 KB";
         QTest::newRow("999,500 becomes MB") << qint64(999500) << "1 MB";
         QTest::newRow("1 MB without decimals") << qint64(1000000) << "1 MB";
-        QTest::newRow("1.5 MB") << qint64(1500000) << "1.5 MB";
         QTest::newRow("1.45 MB half up") << qint64(1450000) << "1.5 MB";
         QTest::newRow("1.44 MB") << qint64(1449999) << "1.4 MB";
         QTest::newRow("999.95 MB becomes GB") << qint64(999950000) << "1 GB";
-        QTest::newRow("2.34 GB") << qint64(2340000000) << "2.34 GB";
         QTest::newRow("2.3 GB trims zero") << qint64(2300000000) << "2.3 GB";
         QTest::newRow("2.05 GB keeps inner zero") << qint64(2050000000) << "2.05 GB";
         QTest::newRow("TB") << qint64(3456000000000) << "3.46 TB";
         QTest::newRow("largest") << std::numeric_limits<qint64>::max() << "9.22 EB";
         QTest::newRow("minus one") << qint64(-1) << "-1 byte";
-        QTest::newRow("minus 350") << qint64(-350) << "-350 bytes";
         QTest::newRow("minus 1.5 MB") << qint64(-1500000) << "-1.5 MB";
         QTest::newRow("smallest") << std::numeric_limits<qint64>::min() << "-9.22 EB";
     }

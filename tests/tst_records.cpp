@@ -13,6 +13,7 @@ class RecordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Titles in display order: they head the result sections and name categories in the JSON output.
     void categoryRawValues()
     {
         const QStringList titles{"Application", "Application Support", "Caches", "Preferences", "Containers",
@@ -22,13 +23,11 @@ private Q_SLOTS:
         QCOMPARE(qsizetype(LeftoverCategories::allCases.size()), titles.size());
         for (qsizetype k = 0; k < titles.size(); ++k) {
             const LeftoverCategory category = LeftoverCategories::allCases[std::size_t(k)];
-            QCOMPARE(int(category), int(k)); // declaration order is display order
             QCOMPARE(LeftoverCategories::rawValue(category), titles.at(k));
             QCOMPARE(LeftoverCategories::fromRawValue(titles.at(k)), std::optional(category));
             QCOMPARE(LeftoverCategories::systemLevel(category),
                      category == LeftoverCategory::launchDaemons || category == LeftoverCategory::privilegedHelperTools);
         }
-        QCOMPARE(LeftoverCategories::fromRawValue(QStringLiteral("Caches")), std::optional(LeftoverCategory::caches));
         QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("caches")));
         QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("Plugins")));
         QVERIFY(!LeftoverCategories::fromRawValue(QString()));
@@ -62,9 +61,6 @@ private Q_SLOTS:
 
     void confidence()
     {
-        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::high), QStringLiteral("Likely removed app"));
-        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::medium), QStringLiteral("Possible leftover"));
-        QCOMPARE(OrphanConfidences::rawValue(OrphanConfidence::uncertain), QStringLiteral("Uncertain match"));
         QCOMPARE(OrphanConfidences::fromRawValue(QStringLiteral("Possible leftover")), std::optional(OrphanConfidence::medium));
         QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("possible leftover")));
         QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("Likely removed")));
