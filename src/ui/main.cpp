@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "ScreenshotTour.h"
 #include "platform/FileSystemLayout.h"
 #include "state/AppViewModel.h"
 
@@ -41,17 +42,7 @@ int main(int argc, char *argv[])
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Kestrune/qml/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
-    if (parser.isSet(screenshot)) {
-        auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-        const QString folder = parser.value(screenshot);
-        // Gives the app list time to load before the picture is taken.
-        QTimer::singleShot(2000, &application, [window, folder] {
-            QDir().mkpath(folder);
-            const QString file = QDir(folder).filePath(QStringLiteral("installed.png"));
-            window->grabWindow().save(file);
-            std::printf("%s\n", qPrintable(file));
-            QGuiApplication::quit();
-        });
-    }
+    if (parser.isSet(screenshot))
+        ScreenshotTour::start(engine, parser.value(screenshot));
     return QGuiApplication::exec();
 }

@@ -46,15 +46,9 @@ ApplicationWindow {
                 viewModel: window.viewModel
                 Layout.preferredWidth: 320; Layout.minimumWidth: 300; Layout.fillHeight: true
             }
-            // The detail pane: the drop zone until the detail views land.
-            Rectangle {
+            ScanDetailView {
                 Layout.fillWidth: true; Layout.fillHeight: true
-                color: AppTheme.windowBackground
-                AppDropZoneView {
-                    anchors.centerIn: parent
-                    width: Math.min(parent.width - 80, 560)
-                    viewModel: window.viewModel
-                }
+                viewModel: window.viewModel
             }
         }
         Rectangle {
