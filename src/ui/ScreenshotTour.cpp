@@ -15,6 +15,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -117,14 +118,34 @@ private:
     }
     void add(std::function<void()> run) { add(QString(), [] { return true; }, std::move(run)); }
 
-    // A light and a dark picture of whatever the window shows now.
-    void addShot(const QString &name)
+    // A light and a dark picture of whatever the window shows now. A popup is opened anew in each
+    // appearance (`open` until `isOpen`, then `close`), as it keeps the colours it was opened with.
+    void addShot(const QString &name, const std::function<void()> &open = {}, const std::function<bool()> &isOpen = {},
+                 const std::function<void()> &close = {})
     {
+        for (const bool dark : {false, true}) {
+            add([this, dark] { QGuiApplication::setPalette(dark ? darkPalette() : m_lightPalette); });
+            if (open) {
+                add(open);
+                add(name, isOpen, [] {});
+            }
+            add([this, name, dark] { save(name + (dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png"))); });
+            if (close)
+                add(close);
+        }
         add([this] { QGuiApplication::setPalette(m_lightPalette); });
-        add([this, name] { save(name + QStringLiteral("-light.png")); });
-        add([] { QGuiApplication::setPalette(darkPalette()); });
-        add([this, name] { save(name + QStringLiteral("-dark.png")); });
-        add([this] { QGuiApplication::setPalette(m_lightPalette); });
+    }
+
+    // Scrolls a list of the window, found by its object name, with one of its own functions.
+    void scroll(const char *listName, const char *function, std::optional<int> row = std::nullopt)
+    {
+        QObject *list = m_window->findChild<QObject *>(QLatin1String(listName));
+        if (!list)
+            return;
+        if (row)
+            QMetaObject::invokeMethod(list, function, Q_ARG(int, *row), Q_ARG(int, 2 /* ListView.Center */));
+        else
+            QMetaObject::invokeMethod(list, function);
     }
 
     void buildSteps()
@@ -148,10 +169,20 @@ private:
             [] {});
         addShot(QStringLiteral("detail"));
 
-        add([vm] { vm->confirmDelete(); });
-        add(QStringLiteral("the Trash confirmation"), [vm] { return vm->showDeleteConfirmation(); }, [] {});
-        addShot(QStringLiteral("trash-dialog"));
-        add([vm] { vm->setShowDeleteConfirmation(false); });
+        // The system locations sit in the middle of a long result.
+        add([this, vm] {
+            const QList<LeftoverItem> &rows = vm->activeItemsModel()->records();
+            for (int row = 0; row < rows.size(); ++row) {
+                if (LeftoverCategories::systemLevel(rows.at(row).category))
+                    return scroll("resultsList", "positionViewAtIndex", row);
+            }
+            scroll("resultsList", "positionViewAtEnd");
+        });
+        addShot(QStringLiteral("detail-system"));
+
+        addShot(
+            QStringLiteral("trash-dialog"), [vm] { vm->confirmDelete(); }, [vm] { return vm->showDeleteConfirmation(); },
+            [vm] { vm->setShowDeleteConfirmation(false); });
 
         add([vm] {
             vm->setShowUncertainMatches(true);
@@ -160,10 +191,7 @@ private:
         add(QStringLiteral("the removed-app scan"),
             [vm] { return !vm->isScanningOrphans() && !vm->orphanedGroups().isEmpty(); }, [] {});
         // The grades run from high to uncertain down the list: its end shows all three.
-        add([this] {
-            if (QObject *list = m_window->findChild<QObject *>(QStringLiteral("orphanList")))
-                QMetaObject::invokeMethod(list, "positionViewAtEnd");
-        });
+        add([this] { scroll("orphanList", "positionViewAtEnd"); });
         addShot(QStringLiteral("removed"));
 
         add([this, vm] { vm->selectOrphanById(groupToShow()); });

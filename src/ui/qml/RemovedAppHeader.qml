@@ -20,9 +20,18 @@ ColumnLayout {
             elide: Text.ElideRight
             maximumLineCount: 1
         }
-        ConfidenceBadge {
+        // The grade colours are made for a card; on the gradient they get one underneath.
+        Rectangle {
             id: badge
-            confidence: header.group ? header.group.confidence : ""
+            implicitWidth: confidenceBadge.implicitWidth
+            implicitHeight: confidenceBadge.implicitHeight
+            radius: height / 2
+            color: AppTheme.cardBackground
+            ConfidenceBadge {
+                id: confidenceBadge
+                anchors.fill: parent
+                confidence: header.group ? header.group.confidence : ""
+            }
         }
         Item { Layout.fillWidth: true }
     }

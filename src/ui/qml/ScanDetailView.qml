@@ -144,6 +144,7 @@ Item {
     Component {
         id: installedDetail
         ScanResultsList {
+            objectName: "resultsList"
             viewModel: detail.viewModel
             showIntro: true
             isScanning: detail.viewModel.isScanning
@@ -194,6 +195,7 @@ Item {
         id: removedDetail
         // The removed mode shows no drop zone and no scanning panel: its scan shows in the sidebar.
         ScanResultsList {
+            objectName: "resultsList"
             viewModel: detail.viewModel
             showIntro: false
             isScanning: false
