@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QPromise>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QSet>
@@ -26,10 +27,18 @@ constexpr int pollIntervalMs = 50;
 constexpr int settleMs = 300;
 
 // Every service is the real one except the update offer, which is fixed so the banner shows, and
-// the Trash, which the tour never touches: any attempt comes back as a failure per item.
-AppViewModelServices tourServices()
+// the Trash, which the tour never touches: any attempt comes back as a failure per item. The
+// removed-app scan's result is held back until `release` ends, so the scan can be seen under way.
+AppViewModelServices tourServices(const QFuture<void> &release)
 {
     AppViewModelServices services;
+    services.scanRemovedApps = [release] {
+        return AppViewModelServices::real().scanRemovedApps().then(
+            QtFuture::Launch::Async, [release](const QList<OrphanedAppGroup> &groups) {
+                QFuture<void>(release).waitForFinished();
+                return groups;
+            });
+    };
     services.checkForUpdate = [] {
         AppUpdateInfo update{QStringLiteral("2.4.0"), QUrl(QStringLiteral("https://example.org/kestrune/2.4.0")),
                              QStringLiteral("Faster removed-app scans and clearer Trash reports.")};
@@ -89,8 +98,9 @@ class Tour : public QObject {
 public:
     Tour(QQuickWindow *window, QString folder, QObject *parent)
         : QObject(parent), m_window(window), m_folder(std::move(folder)), m_lightPalette(QGuiApplication::palette()),
-          m_viewModel(new AppViewModel(tourServices(), this))
+          m_viewModel(new AppViewModel(tourServices(m_removedScanRelease.future()), this))
     {
+        m_removedScanRelease.start();
         m_poll.setInterval(pollIntervalMs);
         connect(&m_poll, &QTimer::timeout, this, &Tour::poll);
         buildSteps();
@@ -127,7 +137,7 @@ private:
             add([this, dark] { QGuiApplication::setPalette(dark ? darkPalette() : m_lightPalette); });
             if (open) {
                 add(open);
-                add(name, isOpen, [] {});
+                add(name + QStringLiteral(" to open"), isOpen, [] {});
             }
             add([this, name, dark] { save(name + (dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png"))); });
             if (close)
@@ -136,7 +146,8 @@ private:
         add([this] { QGuiApplication::setPalette(m_lightPalette); });
     }
 
-    // Scrolls a list of the window, found by its object name, with one of its own functions.
+    // Scrolls a list of the window, found by its object name, with one of its own functions (QML
+    // functions are reachable from C++ by name only).
     void scroll(const char *listName, const char *function, std::optional<int> row = std::nullopt)
     {
         QObject *list = m_window->findChild<QObject *>(QLatin1String(listName));
@@ -188,6 +199,9 @@ private:
             vm->setShowUncertainMatches(true);
             vm->switchSidebarMode(SidebarMode::Removed);
         });
+        add(QStringLiteral("the removed-app scan to start"), [vm] { return vm->isScanningOrphans(); }, [] {});
+        addShot(QStringLiteral("removed-scanning"));
+        add([this] { m_removedScanRelease.finish(); });
         add(QStringLiteral("the removed-app scan"),
             [vm] { return !vm->isScanningOrphans() && !vm->orphanedGroups().isEmpty(); }, [] {});
         // The grades run from high to uncertain down the list: its end shows all three.
@@ -272,6 +286,7 @@ private:
     QQuickWindow *m_window;
     QString m_folder;
     QPalette m_lightPalette;
+    QPromise<void> m_removedScanRelease;
     AppViewModel *m_viewModel;
     QList<Step> m_steps;
     qsizetype m_next = 0;
