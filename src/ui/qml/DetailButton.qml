@@ -20,6 +20,10 @@ Button {
     topPadding: large ? 8 : 5
     bottomPadding: large ? 8 : 5
     opacity: enabled ? 1 : 0.45
+    // In a row that runs short of room the title elides rather than pushing its neighbours out.
+    Layout.fillWidth: true
+    Layout.maximumWidth: implicitWidth
+    Layout.minimumWidth: leftPadding + rightPadding + (symbol !== "" ? 24 : 0) + 24
     hoverEnabled: true
 
     contentItem: RowLayout {

@@ -22,6 +22,18 @@ ListView {
                                   : hasResult ? (viewModel.activeScanResult.itemCount === 0 ? "empty" : "")
                                   : showIntro ? "intro" : ""
 
+    // A view resting at the top stays there when the part above the rows grows or shrinks (a warning
+    // banner, a second row of buttons); the list would otherwise keep its offset and cut the top off.
+    property bool restsAtTop: true
+    onContentYChanged: restsAtTop = contentY - originY < 2
+    Connections {
+        target: list.headerItem
+        function onHeightChanged() {
+            if (list.restsAtTop)
+                list.positionViewAtBeginning()
+        }
+    }
+
     clip: true
     boundsBehavior: Flickable.StopAtBounds
     model: showsItems ? viewModel.activeItems : null
