@@ -229,6 +229,8 @@ private:
     [[nodiscard]] QString groupToShow() const
     {
         const QList<OrphanedAppGroup> groups = m_viewModel->visibleOrphans();
+        if (groups.isEmpty())
+            return {};
         const OrphanedAppGroup *best = &groups.constFirst();
         qsizetype bestKinds = 0;
         for (const OrphanedAppGroup &group : groups) {

@@ -11,11 +11,29 @@ RowLayout {
     readonly property bool hero: style === InstalledAppHeader.Style.Hero
     spacing: 16
 
-    AppIconView {
+    Item {
         Layout.alignment: Qt.AlignTop
-        size: header.hero ? 72 : 64
-        cornerRadius: 16
-        source: header.app && header.app.valid ? "image://appicon/" + encodeURIComponent(header.app.path.toString()) : ""
+        implicitWidth: icon.size
+        implicitHeight: icon.size
+        // A soft shadow 4 below the icon: two widening layers stand in for a blur, which Qt 6.4's
+        // Qt Quick lacks.
+        Repeater {
+            model: [{ spread: 3, alpha: 0.06 }, { spread: 1, alpha: 0.12 }]
+            Rectangle {
+                required property var modelData
+                x: -modelData.spread; y: 4 - modelData.spread
+                width: icon.size + 2 * modelData.spread; height: icon.size + 2 * modelData.spread
+                radius: 16 + modelData.spread
+                color: Qt.rgba(0, 0, 0, modelData.alpha)
+            }
+        }
+        AppIconView {
+            id: icon
+            size: header.hero ? 72 : 64
+            cornerRadius: 16
+            shadow: false
+            source: header.app && header.app.valid ? "image://appicon/" + encodeURIComponent(header.app.path.toString()) : ""
+        }
     }
     ColumnLayout {
         Layout.fillWidth: true
