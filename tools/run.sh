@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs, builds, writes a sample Mac and runs the program on it.
+# Installs, builds, writes a sample Mac and runs the program on it: the window where a display exists,
+# otherwise the command line and the window's screenshot tour.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/install-deps.sh
@@ -8,5 +9,16 @@ bash tools/build.sh
 sample="${TMPDIR:-/tmp}/kestrune-sample-mac"
 [ -e "$sample/.kestrune-sample-mac" ] && rm -rf "$sample"
 python3 tools/make_sample_mac.py --out "$sample"
-cli=(./build/src/cli/kestrune-cli --root "$sample" --home "$sample/Users/ann")
-"${cli[@]}" apps
+where=(--root "$sample" --home "$sample/Users/ann")
+if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+    # No display: the command line's view of the sample Mac, then pictures of the window.
+    cli=(./build/src/cli/kestrune-cli "${where[@]}")
+    "${cli[@]}" apps
+    "${cli[@]}" scan "Acme Notes"
+    "${cli[@]}" orphans
+    shots="${TMPDIR:-/tmp}/kestrune-screenshots"
+    QT_QPA_PLATFORM=offscreen ./build/src/ui/kestrune "${where[@]}" --screenshot "$shots"
+    echo "Screenshots of the window: $shots"
+else
+    exec ./build/src/ui/kestrune "${where[@]}"
+fi

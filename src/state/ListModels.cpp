@@ -184,6 +184,23 @@ QHash<int, QByteArray> CategorySectionListModel::roleNames() const
             {roleOf(Role::formattedSize), "formattedSize"}};
 }
 
+QVariantMap CategorySectionListModel::section(const QString &categoryRawValue) const
+{
+    for (int row = 0; row < m_sections.size(); ++row) {
+        const Section &section = m_sections.at(row);
+        if (LeftoverCategories::rawValue(section.category) != categoryRawValue)
+            continue;
+        return {{QStringLiteral("index"), row},
+                {QStringLiteral("category"), categoryRawValue},
+                {QStringLiteral("systemLevel"), LeftoverCategories::systemLevel(section.category)},
+                {QStringLiteral("itemCount"), section.itemCount},
+                {QStringLiteral("selectedCount"), section.selectedCount},
+                {QStringLiteral("size"), section.size},
+                {QStringLiteral("formattedSize"), ByteCountFormatter::string(section.size)}};
+    }
+    return {};
+}
+
 void CategorySectionListModel::setSections(const QList<Section> &sections)
 {
     const auto sameCategories = [&] {

@@ -8,6 +8,7 @@
 #include <QAbstractListModel>
 #include <QList>
 #include <QSet>
+#include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
 
 // The view model owns these and refills them; a refill with equal rows sends no reset, so a view keeps
@@ -150,6 +151,10 @@ public:
 
     [[nodiscard]] const QList<Section> &sections() const { return m_sections; }
     void setSections(const QList<Section> &sections);
+
+    // A list's section header knows only its title: its row as a map of the role names plus `index`,
+    // or an empty map when the category holds no items.
+    Q_INVOKABLE [[nodiscard]] QVariantMap section(const QString &categoryRawValue) const;
 
 private:
     [[nodiscard]] qsizetype recordCount() const override { return m_sections.size(); }

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "AppIconProvider.h"
 #include "KestruneQml.h"
+#include "ScreenshotTour.h"
 #include "platform/FileSystemLayout.h"
 #include "state/AppViewModel.h"
 
 #include <QCommandLineParser>
-#include <cstdio>
 #include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QPixmap>
-#include <QQmlEngine>
-#include <QtQml/QQmlExtensionPlugin>
-#include <QQuickWindow>
-#include <QTimer>
-#include <QGuiApplication>
 #include <QQmlApplicationEngine>
+#include <QtQml/QQmlExtensionPlugin>
+
+#include <cstdio>
 
 Q_IMPORT_QML_PLUGIN(KestrunePlugin)
 
@@ -31,9 +31,16 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const QCommandLineOption root(QStringLiteral("root"), QStringLiteral("The folder that stands for \"/\"."), QStringLiteral("DIR"), QStringLiteral("/"));
     const QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The user's home folder."), QStringLiteral("DIR"), QDir::homePath());
-    const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Save a picture of the window into DIR and quit."), QStringLiteral("DIR"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Walk the window through its views, save a picture of each into DIR and quit."), QStringLiteral("DIR"));
     parser.addOptions({root, home, screenshot});
     parser.process(application);
+    for (const QCommandLineOption *folder : {&root, &home}) {
+        if (parser.isSet(*folder) && !QFileInfo(parser.value(*folder)).isDir()) {
+            std::fprintf(stderr, "kestrune: --%s: \"%s\" is not a folder\n", qPrintable(folder->names().constFirst()),
+                         qPrintable(parser.value(*folder)));
+            return 2;
+        }
+    }
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
@@ -45,17 +52,7 @@ int main(int argc, char *argv[])
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Kestrune/qml/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
-    if (parser.isSet(screenshot)) {
-        auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-        const QString folder = parser.value(screenshot);
-        // Gives the app list time to load before the picture is taken.
-        QTimer::singleShot(2000, &application, [window, folder] {
-            QDir().mkpath(folder);
-            const QString file = QDir(folder).filePath(QStringLiteral("installed.png"));
-            window->grabWindow().save(file);
-            std::printf("%s\n", qPrintable(file));
-            QGuiApplication::quit();
-        });
-    }
+    if (parser.isSet(screenshot))
+        ScreenshotTour::start(engine, parser.value(screenshot));
     return QGuiApplication::exec();
 }

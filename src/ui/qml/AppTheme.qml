@@ -23,6 +23,7 @@ QtObject {
     readonly property color green: isDark ? "#32d74b" : "#28a745"
     readonly property color orange: isDark ? "#ff9f0a" : "#f08a00"
     readonly property color gray: "#8e8e93"
+    readonly property color red: isDark ? "#ff453a" : "#e0352b"
 
     // Nearest desktop sizes for the platform's text styles.
     readonly property int title2: 22

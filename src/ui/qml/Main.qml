@@ -22,7 +22,10 @@ ApplicationWindow {
     menuBar: MenuBar {
         Menu {
             title: "Kestrune"
+            Action { text: "About Kestrune"; onTriggered: aboutDialog.open() }
             Action { id: updatesAction; text: "Check for Updates…"; onTriggered: window.viewModel.checkForUpdates(true) }
+            MenuSeparator {}
+            Action { text: "Quit Kestrune"; shortcut: StandardKey.Quit; onTriggered: Qt.quit() }
         }
     }
 
@@ -42,22 +45,20 @@ ApplicationWindow {
             onDownload: window.viewModel.openAvailableUpdateDownload()
             onDismiss: window.viewModel.dismissAvailableUpdate()
         }
-        RowLayout {
+        // The nearest Qt twin of a balanced split view: widening the sidebar narrows the detail pane.
+        SplitView {
             Layout.fillWidth: true; Layout.fillHeight: true
-            spacing: 0
+            handle: Item {
+                implicitWidth: 6
+                Rectangle { anchors.horizontalCenter: parent.horizontalCenter; width: 1; height: parent.height; color: AppTheme.subtleBorder }
+            }
             SidebarView {
                 viewModel: window.viewModel
-                Layout.preferredWidth: 320; Layout.minimumWidth: 300; Layout.fillHeight: true
+                SplitView.preferredWidth: 320; SplitView.minimumWidth: 300; SplitView.maximumWidth: 480
             }
-            // The detail pane: the drop zone until the detail views land.
-            Rectangle {
-                Layout.fillWidth: true; Layout.fillHeight: true
-                color: AppTheme.windowBackground
-                AppDropZoneView {
-                    anchors.centerIn: parent
-                    width: Math.min(parent.width - 80, 560)
-                    viewModel: window.viewModel
-                }
+            ScanDetailView {
+                SplitView.fillWidth: true
+                viewModel: window.viewModel
             }
         }
         Rectangle {
@@ -79,13 +80,41 @@ ApplicationWindow {
     }
 
     Dialog {
+        id: aboutDialog
+        anchors.centerIn: parent
+        modal: true
+        padding: 24
+        background: Rectangle { radius: AppTheme.cornerRadiusMedium; color: AppTheme.cardBackground; border.color: AppTheme.subtleBorder }
+        contentItem: ColumnLayout {
+            spacing: 8
+            AppIconView { Layout.alignment: Qt.AlignHCenter; size: 64; cornerRadius: 14 }
+            Text { Layout.alignment: Qt.AlignHCenter; text: "Kestrune"; font.pixelSize: AppTheme.title3; font.weight: Font.Bold; color: AppTheme.primary }
+            Text { Layout.alignment: Qt.AlignHCenter; text: "Version " + Qt.application.version; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
+        }
+    }
+
+    Dialog {
         id: trashConfirmation
         objectName: "trashDialog"
         anchors.centerIn: parent
         // A fixed width: the wrapped message would otherwise size the dialog from its own width.
         width: 420
         modal: true
+        padding: 20
+        topPadding: 6
         title: "Move to Trash?"
+        Overlay.modal: Rectangle { color: Qt.rgba(0, 0, 0, 0.28) }
+        background: Rectangle {
+            radius: AppTheme.cornerRadiusMedium
+            color: AppTheme.cardBackground
+            border.color: AppTheme.subtleBorder
+        }
+        header: Text {
+            text: trashConfirmation.title
+            padding: 20; bottomPadding: 0
+            font.pixelSize: AppTheme.headline + 2; font.weight: Font.Bold
+            color: AppTheme.primary
+        }
         // Opened and closed from the flag rather than bound to it: closing writes the flag back.
         Connections {
             target: window.viewModel
@@ -99,15 +128,31 @@ ApplicationWindow {
         onClosed: if (window.viewModel.showDeleteConfirmation) window.viewModel.showDeleteConfirmation = false
         contentItem: Text {
             objectName: "trashMessage"
-            wrapMode: Text.Wrap; color: AppTheme.primary
+            wrapMode: Text.Wrap; color: AppTheme.primary; font.pixelSize: AppTheme.body
             text: window.viewModel.selectedItems.count > 0
                   ? "This will move " + window.viewModel.selectedItems.count + " items (" + window.viewModel.formattedSelectedTotalSize + ") to the Trash. You'll hear a sound when cleanup finishes."
                   : "Review the scan results before moving items to the Trash."
         }
-        footer: DialogButtonBox {
-            Button { objectName: "cancelTrashButton"; text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
-            Button { objectName: "confirmTrashButton"; text: "Move to Trash"; DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
-                     onClicked: { window.viewModel.deleteSelectedItems(); window.viewModel.showDeleteConfirmation = false } }
+        // Cancel first, the destructive action last, as the alert orders them.
+        footer: RowLayout {
+            spacing: 8
+            Item { Layout.fillWidth: true }
+            DetailButton {
+                objectName: "cancelTrashButton"
+                text: "Cancel"
+                Layout.bottomMargin: 20
+                onClicked: trashConfirmation.close()
+            }
+            DetailButton {
+                objectName: "confirmTrashButton"
+                text: "Move to Trash"
+                destructive: true
+                Layout.rightMargin: 20; Layout.bottomMargin: 20
+                onClicked: {
+                    window.viewModel.deleteSelectedItems()
+                    window.viewModel.showDeleteConfirmation = false
+                }
+            }
         }
     }
 }

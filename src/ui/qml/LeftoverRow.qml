@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+// One found file or folder; the whole row, empty space included, toggles its tick.
+AbstractButton {
+    id: row
+    property string name
+    property string path
+    property string formattedSize
+    property bool requiresAdmin: false
+    property bool isSelected: false
+    signal toggle()
+
+    leftPadding: 14; rightPadding: 14; topPadding: 10; bottomPadding: 10
+    hoverEnabled: true
+    focusPolicy: Qt.TabFocus
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: name + ", " + formattedSize
+    Accessible.checkable: true
+    Accessible.checked: isSelected
+    Accessible.selected: isSelected
+    onClicked: toggle()
+
+    background: Rectangle {
+        color: row.down ? Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.06) : "transparent"
+    }
+    contentItem: RowLayout {
+        spacing: 12
+        Symbol {
+            objectName: "checkSymbol"
+            name: row.isSelected ? "checkmark.square.fill" : "square"
+            size: 20
+            color: row.isSelected ? AppTheme.accent : AppTheme.secondary
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 2
+            Text {
+                Layout.fillWidth: true
+                text: row.name
+                font.pixelSize: AppTheme.body
+                color: AppTheme.primary
+                horizontalAlignment: Text.AlignLeft
+                elide: Text.ElideRight
+                maximumLineCount: 1
+                textFormat: Text.PlainText
+            }
+            Text {
+                Layout.fillWidth: true
+                text: row.path
+                font.pixelSize: AppTheme.caption
+                color: AppTheme.secondary
+                horizontalAlignment: Text.AlignLeft
+                wrapMode: Text.WrapAnywhere
+                maximumLineCount: 2
+                elide: Text.ElideRight
+                textFormat: Text.PlainText
+            }
+        }
+        Symbol {
+            objectName: "adminLock"
+            visible: row.requiresAdmin
+            name: "lock.fill"
+            size: 15
+            color: AppTheme.orange
+            HoverHandler { id: lockHover }
+            ToolTip.visible: lockHover.hovered
+            ToolTip.text: "May require administrator privileges"
+        }
+        Text {
+            text: row.formattedSize
+            font.pixelSize: AppTheme.subheadline
+            color: AppTheme.secondary
+            horizontalAlignment: Text.AlignRight
+        }
+    }
+}
