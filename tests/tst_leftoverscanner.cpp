@@ -336,20 +336,12 @@ private Q_SLOTS:
             QVERIFY2(it.key() == path, qPrintable(it.key()));
     }
 
-    void hazardsInCaches()
+    // A link that leads nowhere is not a leftover; links inside a leftover are the size walk's tests.
+    void danglingLinkIsNoLeftover()
     {
-        const QString cache = at(QStringLiteral("~/Library/Caches/com.example.MyApp"));
-        TestSupport::writeFile(cache + QStringLiteral("/data"), "1234");
-        TestSupport::makeSymlink(QStringLiteral("loop-b"), cache + QStringLiteral("/loop-a"));
-        TestSupport::makeSymlink(QStringLiteral("loop-a"), cache + QStringLiteral("/loop-b"));
-        TestSupport::makeSymlink(QStringLiteral(".."), cache + QStringLiteral("/up"));
         const QString dangling = at(QStringLiteral("~/Library/Logs/com.example.MyApp"));
         TestSupport::makeSymlink(QStringLiteral("/nonexistent"), dangling);
-        ScanResult result;
-        const auto found = scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.MyApp")), &result);
-        QVERIFY(!found.contains(dangling));
-        QCOMPARE(result.itemsFor(Category::caches).size(), 1);
-        QCOMPARE(result.itemsFor(Category::caches).constFirst().size, 4);
+        QVERIFY(!scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.MyApp"))).contains(dangling));
     }
 };
 
