@@ -14,13 +14,9 @@
 
 using TestSupport::makeFolder;
 using TestSupport::writeFile;
+using PlistBytes::xmlDictionary;
 
 namespace {
-
-QByteArray info(const QByteArray &body)
-{
-    return PlistBytes::xmlDictionary(body);
-}
 
 // A minimal bundle: an executable of payload bytes and, unless infoList is null, Contents/Info.plist.
 void writeBundle(const QString &bundle, const QByteArray &infoList, int payload = 100)
@@ -67,16 +63,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("identifier"); // null: absent
         const QString none;
         QTest::newRow("no info list") << "Foo Bar.app" << QByteArray() << "Foo Bar" << none;
-        QTest::newRow("both names") << "F.app" << info("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string><key>CFBundleIdentifier</key><string>com.Example.F</string>") << "Short" << "com.Example.F";
-        QTest::newRow("display name only") << "F.app" << info("<key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
-        QTest::newRow("numeric name falls to display") << "F.app" << info("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
-        QTest::newRow("numeric names fall to file name") << "File Name.app" << info("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/>") << "File Name" << none;
-        QTest::newRow("empty name accepted") << "F.app" << info("<key>CFBundleName</key><string></string><key>CFBundleDisplayName</key><string>Shown</string>") << "" << none;
-        QTest::newRow("numeric identifier is absent") << "F.app" << info("<key>CFBundleName</key><string>N</string><key>CFBundleIdentifier</key><integer>7</integer>") << "N" << none;
+        QTest::newRow("both names") << "F.app" << xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string><key>CFBundleIdentifier</key><string>com.Example.F</string>") << "Short" << "com.Example.F";
+        QTest::newRow("display name only") << "F.app" << xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
+        QTest::newRow("numeric name falls to display") << "F.app" << xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><string>Shown</string>") << "Shown" << none;
+        QTest::newRow("numeric names fall to file name") << "File Name.app" << xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/>") << "File Name" << none;
+        QTest::newRow("empty name accepted") << "F.app" << xmlDictionary("<key>CFBundleName</key><string></string><key>CFBundleDisplayName</key><string>Shown</string>") << "" << none;
+        QTest::newRow("numeric identifier is absent") << "F.app" << xmlDictionary("<key>CFBundleName</key><string>N</string><key>CFBundleIdentifier</key><integer>7</integer>") << "N" << none;
         QTest::newRow("malformed info list") << "Broken.app" << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>") << "Broken" << none;
         QTest::newRow("info list is an array") << "Arr.app" << PlistBytes::nestedXmlArrays(1) << "Arr" << none;
         QTest::newRow("binary info list") << "B.app" << PlistBytes::binary({PlistBytes::Dictionary{{1, 2}, {3, 4}}, PlistBytes::String{"CFBundleName"}, PlistBytes::String{"CFBundleIdentifier"}, PlistBytes::String{"Bright"}, PlistBytes::String{"io.bright"}}) << "Bright" << "io.bright";
-        QTest::newRow("dots in file name") << "Foo 1.2.app" << QByteArray() << "Foo 1.2" << none;
     }
     void recordNameAndIdentifier()
     {
@@ -100,7 +95,7 @@ private Q_SLOTS:
     void recordRefusalsAndIdentity()
     {
         const QString base = m_folder->path();
-        writeBundle(base + QStringLiteral("/Foo.APP"), info("<key>CFBundleName</key><string>Foo</string>"));
+        writeBundle(base + QStringLiteral("/Foo.APP"), xmlDictionary("<key>CFBundleName</key><string>Foo</string>"));
         QVERIFY(!InstalledApp::from(base + QStringLiteral("/Foo.APP")));
         QVERIFY(!InstalledApp::from(base + QStringLiteral("/Foo")));
 
@@ -186,21 +181,6 @@ private Q_SLOTS:
         writeBundle(m_root + QStringLiteral("/Applications/Only.app"), QByteArray());
         TestSupport::useLayout(m_root, m_root + QLatin1Char('/'));
         QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), QStringList{QStringLiteral("Only")});
-    }
-
-    // The generated sample Mac lists the apps the other sample-based tests rely on.
-    void sampleMac()
-    {
-        QString log;
-        m_root = m_folder->path() + QStringLiteral("/sample");
-        m_home = TestSupport::sampleHome(m_root);
-        QVERIFY2(TestSupport::generateSampleMac(m_root, 3, QStringLiteral("small"), &log), qPrintable(log));
-        TestSupport::useLayout(m_root, m_home);
-        QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), (QStringList{
-            QStringLiteral("Acme Notes"), QStringLiteral("Anon"), QStringLiteral("Brightline"), QStringLiteral("Broken"),
-            QStringLiteral("Café Über"), QStringLiteral("Display Only Pro"), QStringLiteral("Go"), QStringLiteral("Home Tool"),
-            QStringLiteral("NoInfo"), QStringLiteral("notes"), QStringLiteral("Numbered Display"), QStringLiteral("X"),
-            QStringLiteral("Zeta Tools"), QStringLiteral("日本語エディタ")}));
     }
 
 private:
