@@ -2,11 +2,9 @@
 #include "PlistBytes.h"
 #include "TestSupport.h"
 #include "models/InstalledApp.h"
-#include "platform/NativePath.h"
 #include "services/AppDiscoveryService.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -48,7 +46,6 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
-        TestSupport::sweepOnExit(m_folder->path());
         m_root = m_folder->path() + QStringLiteral("/root");
         m_home = m_root + QStringLiteral("/Users/ann");
         makeFolder(m_home);
@@ -155,18 +152,6 @@ private Q_SLOTS:
         // Without the system folder the home folder is still listed.
         QVERIFY(QDir(system).rename(system, m_root + QStringLiteral("/Elsewhere")));
         QCOMPARE(names(AppDiscoveryService::discoverInstalledApps()), (QStringList{QStringLiteral("beta"), QStringLiteral("notes")}));
-    }
-
-    // A folder name that is not UTF-8: the id keeps the exact bytes, the shown name marks the bad byte.
-    void nameThatIsNotUtf8()
-    {
-        const QByteArray bytes("Caf\xe9.app");
-        writeBundle(m_root + QStringLiteral("/Applications/") + NativePath::decode(bytes), QByteArray(), 321);
-        const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
-        QCOMPARE(apps.size(), 1);
-        QCOMPARE(NativePath::encode(apps.constFirst().id), NativePath::encode(m_root) + "/Applications/" + bytes);
-        QCOMPARE(apps.constFirst().name, QStringLiteral("Caf\uFFFD"));
-        QCOMPARE(apps.constFirst().size, 321);
     }
 
     void sameFolderListedOnce()
