@@ -222,16 +222,15 @@ private Q_SLOTS:
         QVERIFY(model().apps().isEmpty());
     }
 
+    // Typed lower-case text and a search that finds nothing are tst_SidebarView's.
     void search_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QStringList>("expected");
         QTest::newRow("empty keeps all in order") << QString() << QStringList{"Zed Pad", "alpha", "Mail", "NoId"};
-        QTest::newRow("letter case ignored") << QStringLiteral("ALP") << QStringList{"alpha"};
-        QTest::newRow("by identifier") << QStringLiteral("com.apple") << QStringList{"Mail"};
+        QTest::newRow("by identifier, any case") << QStringLiteral("COM.apple") << QStringList{"Mail"};
         QTest::newRow("one space is a search") << QStringLiteral(" ") << QStringList{"Zed Pad"};
         QTest::newRow("no identifier: name only") << QStringLiteral("noid") << QStringList{"NoId"};
-        QTest::newRow("nothing") << QStringLiteral("xyz") << QStringList{};
     }
 
     void search()
