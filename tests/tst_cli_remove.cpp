@@ -4,7 +4,6 @@
 #include "TestSupport.h"
 
 #include "cli/Commands.h"
-#include "platform/FileSystemLayout.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,6 @@
 // still in place and reported. HOME and XDG_DATA_HOME point into a sandbox before GLib first reads them.
 #include "TestSupport.h"
 
-#include "platform/FileSystem.h"
 #include "platform/NativePath.h"
 #include "services/DeletionService.h"
 

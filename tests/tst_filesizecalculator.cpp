@@ -4,7 +4,6 @@
 #include "platform/NativePath.h"
 #include "services/FileSizeCalculator.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QStandardPaths>

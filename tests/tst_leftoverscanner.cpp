@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "TestSupport.h"
-#include "platform/FileSystemLayout.h"
 #include "services/LeftoverScannerService.h"
 
 #include <QFile>

@@ -2,7 +2,6 @@
 // The removed-app scan over small Library trees: each location pass, preference names, consolidation,
 // the installed-app tests and the component filter, as seen through the scan's result.
 #include "TestSupport.h"
-#include "platform/FileSystem.h"
 #include "services/OrphanRules.h"
 #include "services/OrphanedLeftoverScannerService.h"
 
