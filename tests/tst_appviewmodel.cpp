@@ -581,62 +581,55 @@ private Q_SLOTS:
         }
     }
 
-    // Each is refused with the same message; a document is refused by name in the Qt Quick tests.
-    void droppedBundles_data()
+    // Dropped while the removed mode shows a group and a search is typed. A document is refused by
+    // name in tst_AppDropZoneView.
+    void droppedApps_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("kind");
-        QTest::newRow("plain file named .app") << QStringLiteral("Fake.app") << QStringLiteral("file");
-        QTest::newRow("missing bundle") << QStringLiteral("Gone.app") << QStringLiteral("missing");
-        QTest::newRow("upper-case extension") << QStringLiteral("Shout.APP") << QStringLiteral("bundle");
+        QTest::addColumn<int>("leftovers"); // what the scan of an accepted app finds; -1: nothing at all
+        QTest::addColumn<QString>("expected");
+        const QString refused = QStringLiteral("Could not read the dropped app.");
+        QTest::newRow("with leftovers") << "DropMe.app" << "app" << 3 << QStringLiteral("Ready to remove 4 items (4 KB) for Drop Me.");
+        QTest::newRow("without") << "DropMe.app" << "app" << -1 << QStringLiteral("No related files found for Drop Me.");
+        QTest::newRow("plain file named .app") << "Fake.app" << "file" << 0 << refused;
+        QTest::newRow("missing bundle") << "Gone.app" << "missing" << 0 << refused;
+        QTest::newRow("upper-case extension") << "Shout.APP" << "bundle" << 0 << refused;
     }
 
-    void droppedBundles()
+    void droppedApps()
     {
         QFETCH(QString, name);
         QFETCH(QString, kind);
+        QFETCH(int, leftovers);
+        QFETCH(QString, expected);
         QTemporaryDir folder;
         const QString path = folder.filePath(name);
-        if (kind == QLatin1String("file"))
+        if (kind == QLatin1String("app"))
+            TestSupport::writeApp(path, QStringLiteral("Drop Me"), QStringLiteral("com.example.DropMe"), 1000);
+        else if (kind == QLatin1String("file"))
             TestSupport::writeFile(path, "not a bundle");
         else if (kind == QLatin1String("bundle"))
             TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"));
 
-        // A rejected drop changes the status line only.
-        loadAndScan({app(QStringLiteral("Alpha"))}, resultOf(app(QStringLiteral("Alpha")), 1));
-        const auto selected = model().selectedApp();
-        const auto ticks = model().selectedItemIDs();
-        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
-        model().handleDroppedApp(QUrl::fromLocalFile(path));
-        QTRY_COMPARE(statusSpy.count(), 1);
-        QCOMPARE(status(model()), QStringLiteral("Could not read the dropped app."));
-        QCOMPARE(model().selectedApp(), selected);
-        QCOMPARE(model().selectedItemIDs(), ticks);
-        QVERIFY(!model().isDropProcessing());
-        QCOMPARE(fakes().scans.count(), 1);
-    }
-
-    void droppedAppIsScannedAndOffered_data()
-    {
-        QTest::addColumn<int>("leftovers");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("with leftovers") << 3 << QStringLiteral("Ready to remove 4 items (4 KB) for Drop Me.");
-        QTest::newRow("without") << -1 << QStringLiteral("No related files found for Drop Me.");
-    }
-
-    void droppedAppIsScannedAndOffered()
-    {
-        QFETCH(int, leftovers);
-        QFETCH(QString, expected);
-        QTemporaryDir folder;
-        const QString bundle = folder.filePath(QStringLiteral("DropMe.app"));
-        TestSupport::writeApp(bundle, QStringLiteral("Drop Me"), QStringLiteral("com.example.DropMe"), 1000);
-
         enterRemovedMode({group(QStringLiteral("Gone"), OrphanConfidence::high)});
         model().setSearchText(QStringLiteral("Go"));
+        const auto ticks = model().selectedItemIDs();
+        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
         QSignalSpy processing(&model(), &AppViewModel::isDropProcessingChanged);
         QSignalSpy confirmation(&model(), &AppViewModel::showDeleteConfirmationChanged);
-        model().handleDroppedApp(QUrl::fromLocalFile(bundle));
+        model().handleDroppedApp(QUrl::fromLocalFile(path));
+        if (kind != QLatin1String("app")) {
+            // Refused: only the status line changes.
+            QTRY_COMPARE(statusSpy.count(), 1);
+            QCOMPARE(status(model()), expected);
+            QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
+            QCOMPARE(model().selectedOrphan()->displayName, QStringLiteral("Gone"));
+            QCOMPARE(model().selectedItemIDs(), ticks);
+            QCOMPARE(processing.count(), 0);
+            QCOMPARE(fakes().scans.count(), 0);
+            return;
+        }
         QTRY_COMPARE(fakes().scans.count(), 1);
         QVERIFY(model().isDropProcessing());
         QVERIFY(!model().isScanning());
