@@ -23,7 +23,6 @@ class LeftoverScanCliTest : public QObject
     {
         return TestSupport::runCli(QStringList{QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home} + arguments);
     }
-    static QJsonObject json(const Run &run) { return QJsonDocument::fromJson(run.out).object(); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -55,7 +54,7 @@ private Q_SLOTS:
         target.replace(QLatin1Char('@'), m_root);
         const Run run = cli({QStringLiteral("scan"), target, QStringLiteral("--json")});
         QCOMPARE(run.exitCode, 0);
-        const QJsonObject result = json(run);
+        const QJsonObject result = QJsonDocument::fromJson(run.out).object();
         QCOMPARE(result.value("app").toObject().value("path").toString(), m_root + bundlePath);
         const QJsonArray items = result.value("items").toArray();
         QCOMPARE(items.first().toObject().value("category").toString(), QStringLiteral("Application"));
@@ -73,11 +72,11 @@ private Q_SLOTS:
         Run run = cli({QStringLiteral("scan"), elsewhere, QStringLiteral("--json")});
         QCOMPARE(run.exitCode, 0);
         // The bundle, the cache and the daemon list (unreadable, matched by its file name).
-        QCOMPARE(json(run).value("items").toArray().size(), 3);
+        QCOMPARE(QJsonDocument::fromJson(run.out).object().value("items").toArray().size(), 3);
 
         run = cli({QStringLiteral("scan"), m_dir.path() + QStringLiteral("/gone/Solo.app"), QStringLiteral("--json")});
         QCOMPARE(run.exitCode, 0);
-        const QJsonObject result = json(run);
+        const QJsonObject result = QJsonDocument::fromJson(run.out).object();
         QCOMPARE(result.value("app").toObject().value("bundleIdentifier"), QJsonValue());
         QCOMPARE(result.value("items").toArray().size(), 1);
         QCOMPARE(result.value("items").toArray().first().toObject().value("name").toString(), QStringLiteral("com.example.Solo"));
