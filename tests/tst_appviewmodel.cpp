@@ -192,15 +192,9 @@ private Q_SLOTS:
 
     void startUpAndReload()
     {
+        // Nothing starts on its own: the window asks.
         QCOMPARE(fakes().discovery.count(), 0);
         QCOMPARE(fakes().updateChecks.count(), 0);
-        QCOMPARE(model().sidebarMode(), SidebarMode::Installed);
-        QVERIFY(!model().statusMessage());
-        QVERIFY(!model().activeScanResult());
-        QCOMPARE(model().formattedSelectedTotalSize(), QStringLiteral("Zero KB"));
-
-        QSignalSpy loading(&model(), &AppViewModel::isLoadingAppsChanged);
-        QSignalSpy selected(&model(), &AppViewModel::selectedAppChanged);
         model().loadApps();
         QVERIFY(model().isLoadingApps());
         const QList<InstalledApp> apps{app(QStringLiteral("Alpha")), app(QStringLiteral("Beta"))};
@@ -208,9 +202,6 @@ private Q_SLOTS:
         QCOMPARE(model().apps(), apps);
         QCOMPARE(model().selectedApp(), apps.first());
         QVERIFY(!model().isLoadingApps());
-        QCOMPARE(loading.count(), 2);
-        QCOMPARE(selected.count(), 1);
-        QCOMPARE(model().appsModel()->rowCount(), 2);
 
         // A reload keeps the earlier record of an app still installed, and its result and ticks.
         model().selectApp(apps.at(1));
@@ -231,16 +222,15 @@ private Q_SLOTS:
         QVERIFY(model().apps().isEmpty());
     }
 
+    // Typed lower-case text and a search that finds nothing are tst_SidebarView's.
     void search_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QStringList>("expected");
         QTest::newRow("empty keeps all in order") << QString() << QStringList{"Zed Pad", "alpha", "Mail", "NoId"};
-        QTest::newRow("letter case ignored") << QStringLiteral("ALP") << QStringList{"alpha"};
-        QTest::newRow("by identifier") << QStringLiteral("com.apple") << QStringList{"Mail"};
+        QTest::newRow("by identifier, any case") << QStringLiteral("COM.apple") << QStringList{"Mail"};
         QTest::newRow("one space is a search") << QStringLiteral(" ") << QStringList{"Zed Pad"};
         QTest::newRow("no identifier: name only") << QStringLiteral("noid") << QStringList{"NoId"};
-        QTest::newRow("nothing") << QStringLiteral("xyz") << QStringList{};
     }
 
     void search()
@@ -252,18 +242,11 @@ private Q_SLOTS:
                                      app(QStringLiteral("alpha"), QStringLiteral("net.alpha")),
                                      app(QStringLiteral("Mail"), QStringLiteral("com.apple.mail")),
                                      app(QStringLiteral("NoId"))});
-        QSignalSpy searchSpy(&model(), &AppViewModel::searchTextChanged);
         model().setSearchText(text);
-        QCOMPARE(searchSpy.count(), 1);
         QStringList names;
         for (const InstalledApp &a : model().filteredApps())
             names.append(a.name);
         QCOMPARE(names, expected);
-        QCOMPARE(model().filteredAppsModel()->rowCount(), expected.size());
-        if (!expected.isEmpty()) {
-            const QModelIndex first = model().filteredAppsModel()->index(0);
-            QCOMPARE(first.data(int(InstalledAppListModel::Role::name)).toString(), expected.first());
-        }
     }
 
     void scanTicksEveryItem()
@@ -278,22 +261,15 @@ private Q_SLOTS:
         model().loadApps();
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         fakes().discovery.finish(0, {alpha});
-        QSignalSpy scanning(&model(), &AppViewModel::isScanningChanged);
-        QSignalSpy selectedItems(&model(), &AppViewModel::selectedItemsChanged);
         model().scanSelectedApp();
         QVERIFY(model().isScanning());
         QCOMPARE(status(model()), QStringLiteral("Scanning for leftover files…"));
         const ScanResult result = resultOf(alpha, 2);
         fakes().scans.finish(0, result);
         QVERIFY(!model().isScanning());
-        QCOMPARE(scanning.count(), 2);
-        QCOMPARE(model().selectedItemIDs(), idsOf(result.items));
         QCOMPARE(model().selectedItems(), result.items);
         QCOMPARE(model().selectedTotalSize(), 2100);
-        QVERIFY(selectedItems.count() >= 1);
         QCOMPARE(status(model()), QStringLiteral("Found 3 related items (2 KB)."));
-        QCOMPARE(model().activeItemsModel()->rowCount(), 3);
-        QVERIFY(model().activeItemsModel()->index(1).data(int(LeftoverItemListModel::Role::isSelected)).toBool());
 
         model().scanSelectedApp();
         fakes().scans.finish(1, ScanResult{});
@@ -353,7 +329,6 @@ private Q_SLOTS:
             << QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden.") << 0;
         QTest::newRow("all shown") << QList<C>{C::high, C::medium, C::medium, C::uncertain, C::uncertain} << true
                                    << QStringLiteral("Showing 5 removed app matches.") << 0;
-        QTest::newRow("one") << QList<C>{C::high} << false << QStringLiteral("Showing 1 removed app match.") << 0;
         QTest::newRow("one hidden") << QList<C>{C::high, C::uncertain} << false
                                     << QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden.") << 0;
         QTest::newRow("all uncertain") << QList<C>{C::uncertain, C::uncertain, C::uncertain} << false
@@ -373,12 +348,9 @@ private Q_SLOTS:
         for (int i = 0; i < grades.size(); ++i)
             groups.append(group(QStringLiteral("G%1").arg(i), grades.at(i), i + 1));
         model().setShowUncertainMatches(showUncertain);
-        QSignalSpy scanning(&model(), &AppViewModel::isScanningOrphansChanged);
         model().switchSidebarMode(SidebarMode::Removed);
         QCOMPARE(status(model()), QStringLiteral("Scanning Library for leftovers from removed apps…"));
-        QVERIFY(model().isScanningOrphans());
         fakes().removedScans.finish(0, groups);
-        QCOMPARE(scanning.count(), 2);
         QCOMPARE(status(model()), expected);
         QCOMPARE(model().orphanedGroups(), groups);
         if (selectedIndex < 0) {
@@ -400,7 +372,6 @@ private Q_SLOTS:
         QVERIFY(!model().selectedApp());
         QVERIFY(model().searchText().isEmpty());
         QCOMPARE(model().visibleOrphans(), QList<OrphanedAppGroup>{groups.at(1)});
-        QCOMPARE(model().visibleOrphansModel()->rowCount(), 1);
 
         model().switchSidebarMode(SidebarMode::Installed);
         QVERIFY(!model().selectedApp());
@@ -466,7 +437,6 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         QCOMPARE(model().selectedTotalSize(), 3000);
         QCOMPARE(sections->index(0).data(int(CategorySectionListModel::Role::selectedCount)).toInt(), 0);
-        QCOMPARE(model().formattedSelectedTotalSize(), QStringLiteral("3 KB"));
         model().toggleItemSelection(QStringLiteral("/elsewhere")); // an id of no item counts for nothing
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         model().deselectAll();
@@ -474,27 +444,20 @@ private Q_SLOTS:
         model().selectAll();
         QCOMPARE(model().selectedItems(), result.items);
         QCOMPARE(ids.count(), 6);
-
-        QSignalSpy confirmation(&model(), &AppViewModel::showDeleteConfirmationChanged);
-        model().confirmDelete();
-        QVERIFY(model().showDeleteConfirmation());
-        QCOMPARE(confirmation.count(), 1);
     }
 
-    // The window's rows and section boxes call in by id and by title; a stale one changes nothing.
+    // The window's rows and section boxes call in by id and by title; a stale one changes nothing. A
+    // click on an app row is in the Qt Quick tests.
     void entryPointsByIdAndTitle()
     {
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
-        const InstalledApp beta = app(QStringLiteral("Beta"));
-        loadAndScan({alpha, beta}, resultOf(alpha, 2));
+        loadAndScan({alpha, app(QStringLiteral("Beta"))}, resultOf(alpha, 2));
         model().selectAppById(QStringLiteral("/Applications/Gone.app"));
         QCOMPARE(model().selectedApp(), alpha);
         model().setCategorySelection(QStringLiteral("caches"), false); // titles are case-sensitive
         QCOMPARE(model().selectedItemIDs().size(), 3);
         model().setCategorySelection(QStringLiteral("Caches"), false);
         QCOMPARE(model().selectedItems(), resultOf(alpha, 2).items.mid(0, 1));
-        model().selectAppById(beta.id);
-        QCOMPARE(model().selectedApp(), beta);
 
         const QList<OrphanedAppGroup> groups{group(QStringLiteral("One"), OrphanConfidence::high),
                                              group(QStringLiteral("Two"), OrphanConfidence::high)};
@@ -528,8 +491,6 @@ private Q_SLOTS:
         model().toggleSelection(result.items.at(0)); // the bundle stays
         const QList<LeftoverItem> sent = result.items.mid(1);
 
-        QSignalSpy deleting(&model(), &AppViewModel::isDeletingChanged);
-        QSignalSpy report(&model(), &AppViewModel::lastDeletionReportChanged);
         model().deleteSelectedItems();
         QVERIFY(model().isDeleting());
         QCOMPARE(status(model()), QStringLiteral("Moving selected items to Trash…"));
@@ -540,7 +501,6 @@ private Q_SLOTS:
             outcome.failed.append({i, QStringLiteral("Permission denied")});
         fakes().trashRuns.finish(0, outcome);
         QVERIFY(!model().isDeleting());
-        QCOMPARE(deleting.count(), 2);
         QCOMPARE(status(model()), expected);
         QCOMPARE(fakes().sounds, sounds);
         QCOMPARE(model().lastDeletionReport(), outcome);
@@ -552,7 +512,6 @@ private Q_SLOTS:
         QCOMPARE(fakes().scans.count(), 2);
         QCOMPARE(status(model()), QStringLiteral("Scanning for leftover files…"));
         QVERIFY(!model().lastDeletionReport());
-        QVERIFY(report.count() >= 2);
         fakes().scans.finish(1, resultOf(alpha, failed));
         QCOMPARE(model().selectedItems(), resultOf(alpha, failed).items);
     }
@@ -622,85 +581,55 @@ private Q_SLOTS:
         }
     }
 
-    void droppedBundles_data()
+    // Dropped while the removed mode shows a group and a search is typed. A document is refused by
+    // name in tst_AppDropZoneView.
+    void droppedApps_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("leftovers"); // what the scan of an accepted app finds; -1: nothing at all
         QTest::addColumn<QString>("expected");
-        QTest::newRow("document") << QStringLiteral("notes.txt") << QStringLiteral("file")
-                                  << QStringLiteral("Please drop a macOS app bundle (.app).");
-        QTest::newRow("plain file named .app") << QStringLiteral("Fake.app") << QStringLiteral("file")
-                                               << QStringLiteral("Could not read the dropped app.");
-        QTest::newRow("missing bundle") << QStringLiteral("Gone.app") << QStringLiteral("missing")
-                                        << QStringLiteral("Could not read the dropped app.");
-        QTest::newRow("upper-case extension") << QStringLiteral("Shout.APP") << QStringLiteral("bundle")
-                                              << QStringLiteral("Could not read the dropped app.");
-        QTest::newRow("unreadable bundle") << QStringLiteral("Locked.app") << QStringLiteral("locked")
-                                           << QStringLiteral("Could not read the dropped app.");
+        const QString refused = QStringLiteral("Could not read the dropped app.");
+        QTest::newRow("with leftovers") << "DropMe.app" << "app" << 3 << QStringLiteral("Ready to remove 4 items (4 KB) for Drop Me.");
+        QTest::newRow("without") << "DropMe.app" << "app" << -1 << QStringLiteral("No related files found for Drop Me.");
+        QTest::newRow("plain file named .app") << "Fake.app" << "file" << 0 << refused;
+        QTest::newRow("missing bundle") << "Gone.app" << "missing" << 0 << refused;
+        QTest::newRow("upper-case extension") << "Shout.APP" << "bundle" << 0 << refused;
     }
 
-    void droppedBundles()
+    void droppedApps()
     {
         QFETCH(QString, name);
         QFETCH(QString, kind);
-        QFETCH(QString, expected);
-        QTemporaryDir folder;
-        QVERIFY(folder.isValid());
-        const QString path = folder.filePath(name);
-        if (kind == QLatin1String("file"))
-            TestSupport::writeFile(path, "not a bundle");
-        else if (kind == QLatin1String("bundle") || kind == QLatin1String("locked"))
-            TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"));
-        if (kind == QLatin1String("locked")) {
-            if (TestSupport::runningAsRoot()) {
-                // Root reads any folder, so this row runs again as an unprivileged user.
-                if (!TestSupport::canRunUnprivileged())
-                    QSKIP("setpriv is missing, so no unprivileged user can run this row");
-                const TestSupport::Run child = TestSupport::runProgram(QCoreApplication::applicationFilePath(),
-                                                                       {QStringLiteral("droppedBundles:unreadable bundle")}, true);
-                QVERIFY2(child.exitCode == 0 && child.out.contains("PASS   : AppViewModelTest::droppedBundles(unreadable bundle)"),
-                         child.out.constData());
-                return;
-            }
-            QFile::setPermissions(path, QFileDevice::Permissions());
-        }
-
-        // A rejected drop changes the status line only.
-        loadAndScan({app(QStringLiteral("Alpha"))}, resultOf(app(QStringLiteral("Alpha")), 1));
-        const auto selected = model().selectedApp();
-        const auto ticks = model().selectedItemIDs();
-        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
-        model().handleDroppedApp(QUrl::fromLocalFile(path));
-        QTRY_COMPARE(statusSpy.count(), 1);
-        QCOMPARE(status(model()), expected);
-        QCOMPARE(model().selectedApp(), selected);
-        QCOMPARE(model().selectedItemIDs(), ticks);
-        QVERIFY(!model().isDropProcessing());
-        QCOMPARE(fakes().scans.count(), 1);
-        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    }
-
-    void droppedAppIsScannedAndOffered_data()
-    {
-        QTest::addColumn<int>("leftovers");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("with leftovers") << 3 << QStringLiteral("Ready to remove 4 items (4 KB) for Drop Me.");
-        QTest::newRow("without") << -1 << QStringLiteral("No related files found for Drop Me.");
-    }
-
-    void droppedAppIsScannedAndOffered()
-    {
         QFETCH(int, leftovers);
         QFETCH(QString, expected);
         QTemporaryDir folder;
-        const QString bundle = folder.filePath(QStringLiteral("DropMe.app"));
-        TestSupport::writeApp(bundle, QStringLiteral("Drop Me"), QStringLiteral("com.example.DropMe"), 1000);
+        const QString path = folder.filePath(name);
+        if (kind == QLatin1String("app"))
+            TestSupport::writeApp(path, QStringLiteral("Drop Me"), QStringLiteral("com.example.DropMe"), 1000);
+        else if (kind == QLatin1String("file"))
+            TestSupport::writeFile(path, "not a bundle");
+        else if (kind == QLatin1String("bundle"))
+            TestSupport::writeFile(path + QStringLiteral("/Contents/Info.plist"));
 
         enterRemovedMode({group(QStringLiteral("Gone"), OrphanConfidence::high)});
         model().setSearchText(QStringLiteral("Go"));
+        const auto ticks = model().selectedItemIDs();
+        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
         QSignalSpy processing(&model(), &AppViewModel::isDropProcessingChanged);
         QSignalSpy confirmation(&model(), &AppViewModel::showDeleteConfirmationChanged);
-        model().handleDroppedApp(QUrl::fromLocalFile(bundle));
+        model().handleDroppedApp(QUrl::fromLocalFile(path));
+        if (kind != QLatin1String("app")) {
+            // Refused: only the status line changes.
+            QTRY_COMPARE(statusSpy.count(), 1);
+            QCOMPARE(status(model()), expected);
+            QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
+            QCOMPARE(model().selectedOrphan()->displayName, QStringLiteral("Gone"));
+            QCOMPARE(model().selectedItemIDs(), ticks);
+            QCOMPARE(processing.count(), 0);
+            QCOMPARE(fakes().scans.count(), 0);
+            return;
+        }
         QTRY_COMPARE(fakes().scans.count(), 1);
         QVERIFY(model().isDropProcessing());
         QVERIFY(!model().isScanning());
@@ -722,12 +651,10 @@ private Q_SLOTS:
         QCOMPARE(confirmation.count(), leftovers >= 0 ? 1 : 0);
     }
 
+    // Downloading, dismissing and the found-on-request message are driven by the Qt Quick tests.
     void updates()
     {
         const AppUpdateInfo offer{QStringLiteral("2.0.1"), QUrl(QStringLiteral("https://example.com/k.dmg")), std::nullopt};
-        QSignalSpy checking(&model(), &AppViewModel::isCheckingForUpdateChanged);
-        QSignalSpy update(&model(), &AppViewModel::availableUpdateChanged);
-
         // Found at start-up: the banner shows, the status line is untouched.
         model().checkForUpdates(false);
         QVERIFY(model().isCheckingForUpdate());
@@ -736,34 +663,24 @@ private Q_SLOTS:
         fakes().updateChecks.finish(0, offer);
         QCOMPARE(model().availableUpdate(), offer);
         QVERIFY(!model().statusMessage());
-        QCOMPARE(checking.count(), 2);
 
-        model().openAvailableUpdateDownload();
-        QCOMPARE(fakes().openedUrls, QList<QUrl>{offer.downloadURL});
-        QCOMPARE(model().availableUpdate(), offer);
-
-        // An automatic check that finds nothing keeps the offer.
+        // An automatic check that finds nothing keeps the offer; once dismissed, none runs again.
         model().checkForUpdates(false);
         fakes().updateChecks.finish(1, std::nullopt);
         QCOMPARE(model().availableUpdate(), offer);
-
         model().dismissAvailableUpdate();
-        QVERIFY(!model().availableUpdate());
         model().openAvailableUpdateDownload();
-        QCOMPARE(fakes().openedUrls.size(), 1);
+        QVERIFY(fakes().openedUrls.isEmpty());
         model().checkForUpdates(false);
         QCOMPARE(fakes().updateChecks.count(), 2);
 
+        // Asked for, "nothing newer" clears an earlier offer and says so.
         model().checkForUpdates(true);
         fakes().updateChecks.finish(2, offer);
-        QCOMPARE(model().availableUpdate(), offer);
-        QCOMPARE(status(model()), QStringLiteral("Kestrune 2.0.1 is available to download."));
-
         model().checkForUpdates(true);
         fakes().updateChecks.finish(3, std::nullopt);
         QVERIFY(!model().availableUpdate());
         QCOMPARE(status(model()), QStringLiteral("You're on the latest version (v1.2.0)."));
-        QCOMPARE(update.count(), 4);
     }
 
     void resultsApplyInTheirStepOrder()
@@ -771,7 +688,7 @@ private Q_SLOTS:
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         FieldLog log(&model());
         model().loadApps();
-        log.take();
+        QCOMPARE(log.take(), (QStringList{"isLoadingApps", "statusMessage"}));
         fakes().discovery.finish(0, {alpha});
         QCOMPARE(log.take(), (QStringList{"apps", "selectedApp", "isLoadingApps"}));
 
@@ -804,50 +721,27 @@ private Q_SLOTS:
 
     void readableFromQml()
     {
-        // The window binds to these names; a typo in a property or role name only shows up here.
+        // The window binds to these; the Qt Quick tests reach the other fields, but not these.
         qmlRegisterTypesAndRevisions<Probe, AppViewModel, InstalledAppListModel, OrphanGroupListModel, LeftoverItemListModel,
-                                     CategorySectionListModel>(
-            "Kestrune.Test", 1);
+                                     CategorySectionListModel>("Kestrune.Test", 1);
         qmlRegisterNamespaceAndRevisions(&SidebarModes::staticMetaObject, "Kestrune.Test", 1);
-        const InstalledApp alpha = app(QStringLiteral("Alpha"), QStringLiteral("com.example.alpha"));
-        loadAndScan({alpha}, resultOf(alpha, 2));
-        model().toggleSelection(resultOf(alpha, 2).items.at(2));
-
+        loadAndScan({app(QStringLiteral("Alpha"))}, resultOf(app(QStringLiteral("Alpha")), 2));
         QQmlEngine engine;
         engine.rootContext()->setContextProperty(QStringLiteral("viewModel"), &model());
         QQmlComponent component(&engine);
         component.setData(R"(
             import Kestrune.Test
             Probe {
-                property bool installed: viewModel.sidebarMode === SidebarMode.Installed
-                property string appName: viewModel.selectedApp.name
-                property bool hasResult: viewModel.scanResult.valid && viewModel.activeScanResult.itemCount === 3
-                property int apps: viewModel.filteredApps.count
-                property int ticked: viewModel.selectedItems.count
-                property string total: viewModel.formattedSelectedTotalSize
-                property bool noUpdate: !viewModel.availableUpdate.valid
+                property int items: viewModel.activeScanResult.itemCount
                 property string removedTitle: viewModel.sidebarModeTitle(SidebarMode.Removed)
-                function leave() { viewModel.switchSidebarMode(SidebarMode.Removed) }
             })",
-                          QUrl(QStringLiteral("qrc:/smoke.qml")));
+                          QUrl(QStringLiteral("qrc:/bindings.qml")));
         std::unique_ptr<QObject> root(component.create());
         QVERIFY2(root, qPrintable(component.errorString()));
-        QCOMPARE(root->property("installed").toBool(), true);
-        QCOMPARE(root->property("appName").toString(), QStringLiteral("Alpha"));
-        QCOMPARE(root->property("hasResult").toBool(), true);
-        QCOMPARE(root->property("apps").toInt(), 1);
-        QCOMPARE(root->property("ticked").toInt(), 2);
-        QCOMPARE(root->property("total").toString(), QStringLiteral("1 KB"));
-        QCOMPARE(root->property("noUpdate").toBool(), true);
+        QCOMPARE(root->property("items").toInt(), 3);
         QCOMPARE(root->property("removedTitle").toString(), QStringLiteral("Removed Apps"));
-
-        const QHash<int, QByteArray> roles = model().activeItemsModel()->roleNames();
-        QVERIFY(roles.values().contains("formattedSize") && roles.values().contains("isSelected"));
-
-        QMetaObject::invokeMethod(root.get(), "leave");
-        QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
-        QCOMPARE(root->property("installed").toBool(), false);
-        QCOMPARE(root->property("appName").toString(), QString());
+        const QList<QByteArray> roles = model().activeItemsModel()->roleNames().values();
+        QVERIFY(roles.contains("formattedSize") && roles.contains("isSelected"));
     }
 };
 

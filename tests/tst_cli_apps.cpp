@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "TestSupport.h"
 
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -29,10 +28,7 @@ private Q_SLOTS:
     {
         const Run result = runCli({QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home, QStringLiteral("apps"), QStringLiteral("--json")});
         QCOMPARE(result.exitCode, 0);
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(result.out, &error);
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        const QJsonArray apps = document.object().value(QStringLiteral("apps")).toArray();
+        const QJsonArray apps = QJsonDocument::fromJson(result.out).object().value(QStringLiteral("apps")).toArray();
         QCOMPARE(apps.size(), 2);
         const QJsonObject anon = apps.at(0).toObject();
         const QJsonObject go = apps.at(1).toObject();
@@ -49,19 +45,11 @@ private Q_SLOTS:
         QCOMPARE(anon.value(QStringLiteral("formattedSize")).toString(), QStringLiteral("10 bytes"));
     }
 
-    void size()
+    // Sizes and --limit through the command are tst_filesizecalculator's unreadable-folder and
+    // bind-mount cases.
+    void sizeOfNothingFails()
     {
-        const QString bundle = m_root + QStringLiteral("/Applications/Go.app");
-        Run result = runCli({QStringLiteral("size"), bundle});
-        QCOMPARE(result.exitCode, 0);
-        const QList<QByteArray> words = result.out.trimmed().split(' ');
-        QCOMPARE(words.constFirst().toLongLong(), 1500 + QFileInfo(bundle + QStringLiteral("/Contents/Info.plist")).size());
-
-        result = runCli({QStringLiteral("size"), bundle, QStringLiteral("--limit"), QStringLiteral("0")});
-        QCOMPARE(result.exitCode, 0);
-        QCOMPARE(result.out.trimmed(), QByteArray("0"));
-
-        result = runCli({QStringLiteral("size"), m_root + QStringLiteral("/nothing-here")});
+        const Run result = runCli({QStringLiteral("size"), m_root + QStringLiteral("/nothing-here")});
         QCOMPARE(result.exitCode, 1);
         QVERIFY(!result.err.isEmpty());
     }

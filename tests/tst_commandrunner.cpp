@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "TestSupport.h"
 #include "platform/CommandRunner.h"
 
 #include <QElapsedTimer>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QtConcurrent>
 
 class CommandRunnerTest : public QObject
 {
@@ -81,13 +77,6 @@ private Q_SLOTS:
         // Closing its output does not end the wait: the exit does.
         QCOMPARE(shell(QStringLiteral("exec >&-; sleep 30"), 300), std::nullopt);
         QCOMPARE(shell(QStringLiteral("echo quick"), 10000), std::optional<QString>(QStringLiteral("quick\n")));
-    }
-
-    void runsOnAWorkerThread()
-    {
-        // The scan calls it from the thread pool, where no event loop runs.
-        const auto output = QtConcurrent::run([] { return shell(QStringLiteral("sleep 0.2; echo pooled")); }).result();
-        QCOMPARE(output, std::optional<QString>(QStringLiteral("pooled\n")));
     }
 };
 

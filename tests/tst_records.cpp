@@ -2,7 +2,6 @@
 #include "TestSupport.h"
 #include "models/LeftoverCategory.h"
 #include "models/LeftoverItem.h"
-#include "models/OrphanConfidence.h"
 #include "models/OrphanedAppGroup.h"
 #include "models/ScanResult.h"
 
@@ -25,12 +24,7 @@ private Q_SLOTS:
             const LeftoverCategory category = LeftoverCategories::allCases[std::size_t(k)];
             QCOMPARE(LeftoverCategories::rawValue(category), titles.at(k));
             QCOMPARE(LeftoverCategories::fromRawValue(titles.at(k)), std::optional(category));
-            QCOMPARE(LeftoverCategories::systemLevel(category),
-                     category == LeftoverCategory::launchDaemons || category == LeftoverCategory::privilegedHelperTools);
         }
-        QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("caches")));
-        QVERIFY(!LeftoverCategories::fromRawValue(QStringLiteral("Plugins")));
-        QVERIFY(!LeftoverCategories::fromRawValue(QString()));
     }
 
     void requiresAdmin_data()
@@ -59,48 +53,18 @@ private Q_SLOTS:
         QCOMPARE(LeftoverItem::at(path, category, 1).requiresAdmin(), admin);
     }
 
-    void confidence()
-    {
-        QCOMPARE(OrphanConfidences::fromRawValue(QStringLiteral("Possible leftover")), std::optional(OrphanConfidence::medium));
-        QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("possible leftover")));
-        QVERIFY(!OrphanConfidences::fromRawValue(QStringLiteral("Likely removed")));
-        QVERIFY(OrphanConfidences::sortOrder(OrphanConfidence::high) < OrphanConfidences::sortOrder(OrphanConfidence::medium));
-        QVERIFY(OrphanConfidences::sortOrder(OrphanConfidence::medium) < OrphanConfidences::sortOrder(OrphanConfidence::uncertain));
-    }
-
-    void itemAndGroupEquality()
+    // Equality is the compiler's; the hand-written hash must agree with it.
+    void itemsAndGroups()
     {
         TestSupport::useLayout(QStringLiteral("/"), QStringLiteral("/Users/ann"));
         const LeftoverItem a = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Caches/a"), LeftoverCategory::caches, 100);
         const LeftoverItem b = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Logs/b"), LeftoverCategory::logs, 250);
-        LeftoverItem resized = a;
-        resized.size = 101;
-        QVERIFY(a != resized);
         QCOMPARE(a, LeftoverItem::at(a.id, a.category, a.size));
         QCOMPARE(qHash(a), qHash(LeftoverItem::at(a.id, a.category, a.size)));
         QCOMPARE(a.name(), QStringLiteral("a"));
 
         const OrphanedAppGroup group{QStringLiteral("com.x"), QStringLiteral("X"), QStringLiteral("com.x"),
                                      OrphanConfidence::high, QStringLiteral("Why."), {a, b}};
-        QCOMPARE(group.totalSize(), 350);
-        QCOMPARE(group.formattedTotalSize(), QStringLiteral("350 bytes"));
-        QCOMPARE(group.scanResult().items, (QList<LeftoverItem>{a, b}));
-        OrphanedAppGroup reordered = group;
-        reordered.items = {b, a};
-        QVERIFY(group != reordered);
-        QVERIFY(qHash(group) != qHash(reordered));
-        OrphanedAppGroup absent = group;
-        absent.bundleIdentifier.reset();
-        OrphanedAppGroup empty = group;
-        empty.bundleIdentifier = QString();
-        QVERIFY(absent != empty);
-        QVERIFY(qHash(absent) != qHash(empty));
-        QCOMPARE(OrphanedAppGroup{}.totalSize(), 0);
-
-        const ScanResult none;
-        QCOMPARE(none.totalSize(), 0);
-        for (const LeftoverCategory category : LeftoverCategories::allCases)
-            QVERIFY(none.itemsFor(category).isEmpty());
         QCOMPARE(group.scanResult().itemsFor(LeftoverCategory::logs), QList<LeftoverItem>{b});
     }
 };
