@@ -3,14 +3,14 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtQuick.Shapes
+import Kestrune
 
 // The detail column: what the sidebar's mode and selection call for. It only reads the state object
 // and calls its actions.
 Item {
     id: detail
     required property var viewModel
-    // Mode 0 is Installed, 1 Removed Apps.
-    readonly property bool installedMode: viewModel.sidebarMode === 0
+    readonly property bool installedMode: viewModel.sidebarMode === SidebarMode.Installed
 
     Shape {
         anchors.fill: parent

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtTest
+import Kestrune
+
+Item {
+    id: root
+    width: 900; height: 720
+
+    Component { id: detailComponent; ScanDetailView { anchors.fill: parent } }
+
+    TestCase {
+        name: "ScanDetailView"
+        when: windowShown
+
+        function cleanup() { harness.syntheticItems = -1 }
+
+        function makeDetail(loadApps) {
+            const model = harness.newViewModel()
+            const detail = createTemporaryObject(detailComponent, root, {viewModel: model})
+            if (loadApps) {
+                model.loadApps()
+                tryVerify(() => !model.isLoadingApps && model.apps.count > 0, 10000)
+            }
+            return detail
+        }
+
+        // Every item below `item` whose objectName is `name`, or whose text is `text`.
+        function collect(item, test, found) {
+            found = found || []
+            if (test(item))
+                found.push(item)
+            for (let i = 0; i < item.children.length; ++i)
+                collect(item.children[i], test, found)
+            return found
+        }
+        function shownText(item, text) {
+            return collect(item, (child) => child.text === text && child.visible).length > 0
+        }
+        function named(item, name) {
+            return collect(item, (child) => child.objectName === name && child.visible)
+        }
+
+        function selectAndScan(detail, bundle) {
+            const model = detail.viewModel
+            model.selectAppById(harness.applicationPath(bundle))
+            compare(model.selectedApp.name, bundle.replace(".app", ""))
+            tryVerify(() => findChild(detail, "scanButton") !== null && findChild(detail, "scanButton").enabled)
+            mouseClick(findChild(detail, "scanButton"))
+            tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
+            waitForRendering(detail)
+        }
+
+        function test_emptyStatesOfBothModes() {
+            const detail = makeDetail(false)
+            verify(shownText(detail, "Remove an App Completely"))
+            verify(shownText(detail, "Drop an app here"), "the full drop zone")
+
+            detail.viewModel.switchSidebarMode(SidebarMode.Removed)
+            verify(detail.viewModel.isScanningOrphans)
+            verify(shownText(detail, "Find Removed App Leftovers"))
+            verify(findChild(detail, "scanLibraryButton").visible)
+
+            tryVerify(() => !detail.viewModel.isScanningOrphans && detail.viewModel.selectedOrphan.valid, 20000)
+            tryVerify(() => named(detail, "rescanButton").length === 1)
+            verify(findChild(detail, "selectAllButton").visible)
+            verify(!shownText(detail, "Drop an app to remove completely"), "no drop zone for removed apps")
+            verify(named(detail, "introPanel").length === 0)
+        }
+
+        function test_scanSelectAndTick() {
+            const detail = makeDetail(true)
+            const model = detail.viewModel
+            model.selectAppById(harness.applicationPath("Acme Notes.app"))
+            tryVerify(() => named(detail, "introPanel").length === 1)
+            verify(shownText(detail, "What Kestrune scans"))
+            verify(!findChild(detail, "selectAllButton").visible)
+            verify(!findChild(detail, "deleteButton").visible)
+
+            selectAndScan(detail, "Acme Notes.app")
+            verify(named(detail, "introPanel").length === 0)
+            verify(findChild(detail, "selectAllButton").visible)
+            verify(model.activeCategories.count > 2, "several categories")
+
+            mouseClick(findChild(detail, "deselectAllButton"))
+            compare(model.selectedItems.count, 0)
+            verify(!findChild(detail, "deleteButton").visible)
+
+            // A section's box ticks every row of that category and nothing else.
+            const toggles = named(detail, "categoryToggle")
+            verify(toggles.length > 1)
+            const toggle = toggles[1]
+            verify(!toggle.checked)
+            mouseClick(toggle)
+            tryVerify(() => toggle.checked)
+            verify(model.selectedItems.count >= 1)
+            verify(model.selectedItems.count < model.activeItems.count)
+            mouseClick(toggle)
+            tryVerify(() => !toggle.checked)
+            compare(model.selectedItems.count, 0)
+
+            mouseClick(named(detail, "leftoverRow")[0])
+            compare(model.selectedItems.count, 1)
+            const deleteButton = findChild(detail, "deleteButton")
+            verify(deleteButton.visible)
+            compare(deleteButton.text, "Move 1 Items to Trash")
+
+            mouseClick(findChild(detail, "selectAllButton"))
+            compare(model.selectedItems.count, model.activeItems.count)
+            mouseClick(deleteButton)
+            verify(model.showDeleteConfirmation)
+        }
+
+        function test_aScanThatFindsNothing() {
+            harness.syntheticItems = 0
+            const detail = makeDetail(true)
+            selectAndScan(detail, "Go.app")
+            tryVerify(() => named(detail, "noFilesPlaceholder").length === 1)
+            verify(shownText(detail, "No Related Files Found"))
+            verify(shownText(detail, "Nothing related to this app was found."))
+        }
+
+        function test_warningBannerShowsTheFirstFiveFailures() {
+            harness.syntheticItems = 7
+            const detail = makeDetail(true)
+            const model = detail.viewModel
+            selectAndScan(detail, "Go.app")
+            model.selectAll()
+            compare(model.selectedItems.count, 7)
+            verify(named(detail, "warningBanner").length === 0)
+            model.deleteSelectedItems()
+            tryVerify(() => model.lastDeletionReport.valid && !model.isDeleting, 10000)
+            compare(model.lastDeletionReport.failedCount, 7)
+            tryVerify(() => named(detail, "warningBanner").length === 1)
+            verify(shownText(detail, "Some items could not be removed"))
+            const lines = named(detail, "failureLine")
+            compare(lines.length, 5)
+            verify(lines[0].text.endsWith(": Operation not permitted"))
+        }
+
+        function test_twentyThousandItemsBuildOnlyTheRowsInView() {
+            harness.syntheticItems = 20000
+            const detail = makeDetail(true)
+            selectAndScan(detail, "Go.app")
+            const list = findChild(detail, "resultsList")
+            tryCompare(list, "count", 20000)
+            verify(list.contentItem.children.length < 100, list.contentItem.children.length + " delegates built")
+            list.positionViewAtEnd()
+            waitForRendering(list)
+            verify(list.contentItem.children.length < 100)
+        }
+    }
+}
