@@ -29,10 +29,26 @@ ColumnLayout {
             x: 8; y: 8; width: parent.width - 16
             spacing: 2
             CheckBox {
+                id: uncertainToggle
                 objectName: "uncertainToggle"
                 text: "Show uncertain matches"
                 font.pixelSize: AppTheme.caption
                 padding: 0
+                // The desktop style's box vanishes on a dark card; the same ticks as the result rows.
+                indicator: Symbol {
+                    x: uncertainToggle.leftPadding
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: uncertainToggle.checked ? "checkmark.square.fill" : "square"
+                    size: 16
+                    color: uncertainToggle.checked ? AppTheme.accent : AppTheme.secondary
+                }
+                contentItem: Text {
+                    leftPadding: 20
+                    text: uncertainToggle.text
+                    font: uncertainToggle.font
+                    color: AppTheme.primary
+                    verticalAlignment: Text.AlignVCenter
+                }
                 checked: sidebar.viewModel.showUncertainMatches
                 onToggled: {
                     sidebar.viewModel.showUncertainMatches = checked

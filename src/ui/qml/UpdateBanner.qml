@@ -38,17 +38,24 @@ Item {
                     Layout.fillWidth: true
                 }
             }
-            Button {
+            DetailButton {
                 objectName: "downloadButton"
                 text: "Download"
-                highlighted: true
-                palette.button: AppTheme.accent
+                prominent: true
                 onClicked: banner.download()
             }
             Button {
+                id: later
                 objectName: "laterButton"
                 text: "Later"
                 flat: true
+                contentItem: Text {
+                    text: later.text
+                    font.pixelSize: AppTheme.body
+                    color: later.hovered ? AppTheme.primary : AppTheme.secondary
+                }
+                background: null
+                hoverEnabled: true
                 onClicked: banner.dismiss()
             }
         }
