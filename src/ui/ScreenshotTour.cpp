@@ -26,18 +26,27 @@ constexpr int pollIntervalMs = 50;
 // Lets bindings, layouts and the first frame after a change settle before the next step.
 constexpr int settleMs = 300;
 
+// Hands on the work's result only once `release` has ended, so a step can photograph it under way.
+template<typename T>
+QFuture<T> heldUntil(QFuture<T> work, const QFuture<void> &release)
+{
+    return work.then(QtFuture::Launch::Async, [release](T value) {
+        QFuture<void>(release).waitForFinished();
+        return value;
+    });
+}
+
 // Every service is the real one except the update offer, which is fixed so the banner shows, and
-// the Trash, which the tour never touches: any attempt comes back as a failure per item. The
-// removed-app scan's result is held back until `release` ends, so the scan can be seen under way.
-AppViewModelServices tourServices(const QFuture<void> &release)
+// the Trash, which the tour never touches: any attempt comes back as a failure per item. The app list
+// and the removed-app scan are held back until their releases end, so both can be seen loading.
+AppViewModelServices tourServices(const QFuture<void> &appsRelease, const QFuture<void> &removedScanRelease)
 {
     AppViewModelServices services;
-    services.scanRemovedApps = [release] {
-        return AppViewModelServices::real().scanRemovedApps().then(
-            QtFuture::Launch::Async, [release](const QList<OrphanedAppGroup> &groups) {
-                QFuture<void>(release).waitForFinished();
-                return groups;
-            });
+    services.discoverInstalledApps = [appsRelease] {
+        return heldUntil(AppViewModelServices::real().discoverInstalledApps(), appsRelease);
+    };
+    services.scanRemovedApps = [removedScanRelease] {
+        return heldUntil(AppViewModelServices::real().scanRemovedApps(), removedScanRelease);
     };
     services.checkForUpdate = [] {
         AppUpdateInfo update{QStringLiteral("2.4.0"), QUrl(QStringLiteral("https://example.org/kestrune/2.4.0")),
@@ -98,8 +107,9 @@ class Tour : public QObject {
 public:
     Tour(QQuickWindow *window, QString folder, QObject *parent)
         : QObject(parent), m_window(window), m_folder(std::move(folder)), m_lightPalette(QGuiApplication::palette()),
-          m_viewModel(new AppViewModel(tourServices(m_removedScanRelease.future()), this))
+          m_viewModel(new AppViewModel(tourServices(m_appsRelease.future(), m_removedScanRelease.future()), this))
     {
+        m_appsRelease.start();
         m_removedScanRelease.start();
         m_poll.setInterval(pollIntervalMs);
         connect(&m_poll, &QTimer::timeout, this, &Tour::poll);
@@ -162,12 +172,13 @@ private:
     void buildSteps()
     {
         AppViewModel *vm = m_viewModel;
-        // Before the apps are loaded nothing is selected: the invitation to drop an app.
-        addShot(QStringLiteral("welcome"));
+        // While the apps load nothing is selected: the invitation to drop an app.
         add([vm] {
             vm->loadApps();
             vm->checkForUpdates(false);
         });
+        addShot(QStringLiteral("welcome"));
+        add([this] { m_appsRelease.finish(); });
         add(QStringLiteral("the installed apps and the update offer"),
             [vm] { return !vm->isLoadingApps() && !vm->apps().isEmpty() && vm->availableUpdate().has_value(); },
             [] {});
@@ -288,6 +299,7 @@ private:
     QQuickWindow *m_window;
     QString m_folder;
     QPalette m_lightPalette;
+    QPromise<void> m_appsRelease;
     QPromise<void> m_removedScanRelease;
     AppViewModel *m_viewModel;
     QList<Step> m_steps;
