@@ -21,13 +21,36 @@ Rectangle {
             Layout.fillWidth: true
             Layout.leftMargin: 16; Layout.rightMargin: 16; Layout.bottomMargin: 12
             currentIndex: sidebar.viewModel.sidebarMode === SidebarMode.Installed ? 0 : 1
+            spacing: 2
+            padding: 2
+            background: Rectangle {
+                radius: 7
+                color: Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.07)
+            }
             Repeater {
                 model: [SidebarMode.Installed, SidebarMode.Removed]
                 TabButton {
                     required property var modelData
                     required property int index
+                    id: segment
                     objectName: "modeButton" + index
                     text: sidebar.viewModel.sidebarModeTitle(modelData)
+                    readonly property bool chosen: picker.currentIndex === index
+                    contentItem: Text {
+                        text: segment.text
+                        font.pixelSize: AppTheme.body
+                        font.weight: segment.chosen ? Font.DemiBold : Font.Normal
+                        color: AppTheme.primary
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                        elide: Text.ElideRight
+                    }
+                    background: Rectangle {
+                        implicitHeight: 24
+                        radius: 5
+                        color: segment.chosen ? AppTheme.cardBackground : "transparent"
+                        border.color: segment.chosen ? AppTheme.subtleBorder : "transparent"
+                    }
                     onClicked: {
                         sidebar.viewModel.switchSidebarMode(modelData)
                         picker.currentIndex = Qt.binding(() => sidebar.viewModel.sidebarMode === SidebarMode.Installed ? 0 : 1)
