@@ -127,7 +127,6 @@ private Q_SLOTS:
         QTest::newRow("empty object") << response(200, "{}") << QString() << QVariant();
         QTest::newRow("no downloadURL") << response(200, R"({"version": "9"})") << QString() << QVariant();
         QTest::newRow("number for version") << response(200, R"({"version": 9, "downloadURL": "a.zip"})") << QString() << QVariant();
-        QTest::newRow("number for notes") << feed("2", R"(, "releaseNotes": 3)") << QString() << QVariant();
         QTest::newRow("over the size cap") << feed("2", ", \"pad\": \"" + QByteArray(UpdateCheckService::maximumFeedBytes, 'x') + '"')
                                            << QString() << QVariant();
         QTest::newRow("relative download") << response(200, R"({"version": "2", "downloadURL": "downloads/K 2.zip"})")
