@@ -9,7 +9,7 @@
 
 using TestSupport::Run;
 
-// kestrune-cli scan, end to end: target resolution, the output and the exit codes. Which files a scan
+// kestrune-cli scan, end to end: target resolution, the JSON and the exit codes. Which files a scan
 // finds, and passing over unreadable folders, are the scanner's and the size walk's own tests.
 class LeftoverScanCliTest : public QObject
 {
@@ -21,7 +21,7 @@ class LeftoverScanCliTest : public QObject
 
     Run cli(const QStringList &arguments) const
     {
-        return TestSupport::runCli(QStringList{QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home} + arguments);
+        return TestSupport::runCli(QStringList{QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home, QStringLiteral("scan")} + arguments);
     }
 
 private Q_SLOTS:
@@ -33,87 +33,63 @@ private Q_SLOTS:
         TestSupport::writeApp(m_root + QStringLiteral("/Applications/Twin.app"), QStringLiteral("Twin"), QStringLiteral("com.a.twin"));
         TestSupport::writeApp(m_home + QStringLiteral("/Applications/Twin Copy.app"), QStringLiteral("twin"), QStringLiteral("com.b.twin"));
         TestSupport::writeApp(m_root + QStringLiteral("/Applications/Solo.app"), QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
+        TestSupport::writeApp(m_dir.path() + QStringLiteral("/elsewhere/Solo.app"), QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
         TestSupport::writeFile(m_home + QStringLiteral("/Library/Caches/com.example.Solo/db"), "12345678");
         TestSupport::writeFile(m_root + QStringLiteral("/Library/LaunchDaemons/com.example.Solo.plist"), "broken");
     }
 
+    // "@" stands for the root, "%" for the folder around it. A path need not be installed, nor exist:
+    // without a bundle to read, only name matches remain.
     void resolvesTargets_data()
     {
         QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("bundlePath");
-        QTest::newRow("name, any case") << "sOLO" << "/Applications/Solo.app";
-        QTest::newRow("identifier, any case") << "COM.EXAMPLE.solo" << "/Applications/Solo.app";
-        QTest::newRow("installed path") << "@/Applications/Solo.app" << "/Applications/Solo.app";
-        QTest::newRow("path with trailing slash") << "@/Applications/Solo.app/" << "/Applications/Solo.app";
-        QTest::newRow("identifier picks one twin") << "com.b.twin" << "/Users/ann/Applications/Twin Copy.app";
+        QTest::addColumn<QString>("bundle");
+        QTest::addColumn<QStringList>("items");
+        const QStringList solo = {"Solo.app", "com.example.Solo.plist", "com.example.Solo"};
+        QTest::newRow("name, any case") << "sOLO" << "@/Applications/Solo.app" << solo;
+        QTest::newRow("identifier, any case") << "COM.EXAMPLE.solo" << "@/Applications/Solo.app" << solo;
+        QTest::newRow("path with trailing slash") << "@/Applications/Solo.app/" << "@/Applications/Solo.app" << solo;
+        QTest::newRow("identifier picks one twin") << "com.b.twin" << "@/Users/ann/Applications/Twin Copy.app" << QStringList{"Twin Copy.app"};
+        QTest::newRow("not installed") << "%/elsewhere/Solo.app" << "%/elsewhere/Solo.app" << solo;
+        QTest::newRow("not there") << "%/gone/Solo.app" << "%/gone/Solo.app" << QStringList{"com.example.Solo"};
     }
     void resolvesTargets()
     {
         QFETCH(QString, target);
-        QFETCH(QString, bundlePath);
-        target.replace(QLatin1Char('@'), m_root);
-        const Run run = cli({QStringLiteral("scan"), target, QStringLiteral("--json")});
+        QFETCH(QString, bundle);
+        QFETCH(QStringList, items);
+        for (QString *text : {&target, &bundle})
+            text->replace(QLatin1Char('@'), m_root).replace(QLatin1Char('%'), m_dir.path());
+        const Run run = cli({target, QStringLiteral("--json")});
         QCOMPARE(run.exitCode, 0);
-        const QJsonObject result = QJsonDocument::fromJson(run.out).object();
-        QCOMPARE(result.value("app").toObject().value("path").toString(), m_root + bundlePath);
-        const QJsonArray items = result.value("items").toArray();
-        QCOMPARE(items.first().toObject().value("category").toString(), QStringLiteral("Application"));
+        const QJsonDocument result = QJsonDocument::fromJson(run.out);
+        const QJsonValue app = result[u"app"];
+        QCOMPARE(app[u"path"].toString(), bundle);
+        QVERIFY(app[u"id"].isString() && app[u"name"].isString() && app[u"size"].isDouble() && app[u"formattedSize"].isString());
+        QCOMPARE(app[u"bundleIdentifier"].isNull(), target.contains(QLatin1String("gone")));
+        QStringList names;
         qint64 total = 0;
-        for (const QJsonValue &item : items)
-            total += item.toObject().value("size").toInteger();
-        QCOMPARE(result.value("totalSize").toInteger(), total);
+        for (const QJsonValue item : result[u"items"].toArray()) {
+            names.append(item[u"name"].toString());
+            total += item[u"size"].toInteger();
+            QVERIFY(item[u"id"].isString() && item[u"path"].isString() && item[u"category"].isString() && item[u"size"].isDouble()
+                    && item[u"formattedSize"].isString() && item[u"requiresAdmin"].isBool());
+        }
+        QCOMPARE(names, items);
+        QCOMPARE(result[u"totalSize"].toInteger(), total);
+        QVERIFY(result[u"formattedTotalSize"].isString());
     }
 
-    void pathsNeedNotBeInstalled()
-    {
-        // Not in an applications folder, and then not there at all: the leftovers are found by file name.
-        const QString elsewhere = m_dir.path() + QStringLiteral("/elsewhere/Solo.app");
-        TestSupport::writeApp(elsewhere, QStringLiteral("Solo"), QStringLiteral("com.example.Solo"));
-        Run run = cli({QStringLiteral("scan"), elsewhere, QStringLiteral("--json")});
-        QCOMPARE(run.exitCode, 0);
-        // The bundle, the cache and the daemon list (unreadable, matched by its file name).
-        QCOMPARE(QJsonDocument::fromJson(run.out).object().value("items").toArray().size(), 3);
-
-        run = cli({QStringLiteral("scan"), m_dir.path() + QStringLiteral("/gone/Solo.app"), QStringLiteral("--json")});
-        QCOMPARE(run.exitCode, 0);
-        const QJsonObject result = QJsonDocument::fromJson(run.out).object();
-        QCOMPARE(result.value("app").toObject().value("bundleIdentifier"), QJsonValue());
-        QCOMPARE(result.value("items").toArray().size(), 1);
-        QCOMPARE(result.value("items").toArray().first().toObject().value("name").toString(), QStringLiteral("com.example.Solo"));
-    }
-
-    void unresolvedTargetsFail_data()
-    {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QStringList>("mentioned");
-        QTest::newRow("unknown") << "Nothing Like It" << QStringList{"Nothing Like It"};
-        QTest::newRow("ambiguous name") << "TWIN" << QStringList{"com.a.twin", "com.b.twin", "Twin Copy.app"};
-        QTest::newRow("partial name") << "Sol" << QStringList{"Sol"};
-    }
+    // No match, or several: exit 1, nothing on stdout, the candidates on stderr.
     void unresolvedTargetsFail()
     {
-        QFETCH(QString, target);
-        QFETCH(QStringList, mentioned);
-        const Run run = cli({QStringLiteral("scan"), target, QStringLiteral("--json")});
-        QCOMPARE(run.exitCode, 1);
-        QVERIFY(run.out.isEmpty());
-        for (const QString &text : mentioned)
-            QVERIFY2(QString::fromUtf8(run.err).contains(text), run.err.constData());
-    }
-
-    void humanOutputGroupsByCategory()
-    {
-        const Run run = cli({QStringLiteral("scan"), QStringLiteral("Solo")});
-        QCOMPARE(run.exitCode, 0);
-        const QStringList lines = QString::fromUtf8(run.out).split(QLatin1Char('\n'));
-        const qsizetype caches = lines.indexOf(QStringLiteral("Caches"));
-        const qsizetype daemons = lines.indexOf(QStringLiteral("Launch Daemons"));
-        QVERIFY(caches > 0 && daemons > caches);
-        QVERIFY(lines.at(caches + 1).endsWith(m_home + QStringLiteral("/Library/Caches/com.example.Solo")));
-        QVERIFY(lines.at(caches + 1).contains(QStringLiteral("8 bytes")));
-        // Sizes are right-aligned in one column across every section.
-        QCOMPARE(lines.at(caches + 1).indexOf(m_home), lines.at(daemons + 1).indexOf(m_root + QStringLiteral("/Library")));
-        QVERIFY(std::any_of(lines.cbegin(), lines.cend(), [](const QString &line) { return line.startsWith(QStringLiteral("3 items, ")); }));
+        for (const auto &[target, mentioned] : std::initializer_list<std::pair<const char *, QStringList>>{
+                 {"Nothing Like It", {"Nothing Like It"}}, {"TWIN", {"com.a.twin", "com.b.twin", "Twin Copy.app"}}, {"Sol", {"Sol"}}}) {
+            const Run run = cli({QString::fromUtf8(target), QStringLiteral("--json")});
+            QVERIFY2(run.exitCode == 1 && run.out.isEmpty(), target);
+            for (const QString &text : mentioned)
+                QVERIFY2(QString::fromUtf8(run.err).contains(text), run.err.constData());
+        }
     }
 };
 
