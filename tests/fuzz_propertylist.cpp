@@ -11,7 +11,7 @@ using namespace PlistBytes;
 
 static QList<QByteArray> seeds()
 {
-    QList<QByteArray> corpus{
+    return {
         xmlDictionary("<key>CFBundleName</key><string>Caf\xc3\xa9</string><key>CFBundleIdentifier</key><string>com.x</string>"
                       "<key>N</key><integer>-12</integer><key>R</key><real>1.5</real><key>D</key><data>AAECAw==</data>"
                       "<key>T</key><date>2020-01-01T00:00:00Z</date><key>B</key><false/>"
@@ -19,15 +19,9 @@ static QList<QByteArray> seeds()
         nestedXmlArrays(PropertyList::maximumDepth),
         binary({Array{{1, 2, 1}}, Dictionary{{3}, {2}}, String{"leaf"}, String{"key"}}),
         nestedBinaryArrays(PropertyList::maximumDepth),
+        // Twenty references to one string: a count that needs the extended length form.
+        binary({Array{QList<quint64>(20, 1)}, String{"shared"}}),
     };
-    // An array whose count needs the extended length form.
-    QList<Object> wide{Array{}};
-    for (quint64 k = 1; k <= 20; ++k) {
-        std::get<Array>(wide[0]).references.append(k);
-        wide.append(String{QByteArray::number(k)});
-    }
-    corpus.append(binary(wide));
-    return corpus;
 }
 
 class PropertyListFuzz : public QObject
