@@ -65,8 +65,7 @@ inline QByteArray nestedBinaryArrays(int depth)
     QList<Object> objects;
     for (int level = 0; level < depth; ++level)
         objects.append(Array{{quint64(level + 1)}});
-    objects.append(String{"leaf"});
-    return binary(objects);
+    return binary(objects << String{"leaf"});
 }
 
 inline QByteArray nestedXmlArrays(int depth)
