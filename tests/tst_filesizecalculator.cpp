@@ -112,8 +112,8 @@ private Q_SLOTS:
                 total += FileSystem::fileSize(entries.at(k).path).value_or(-1);
             return total;
         };
-        QCOMPARE(FileSizeCalculator::directorySize(folder, 17), first(17));
-        QCOMPARE(FileSizeCalculator::directorySize(folder, -3), 0);
+        for (const int limit : {-3, 0, 17, 599, 600})
+            QCOMPARE(FileSizeCalculator::directorySize(folder, limit), first(std::max(limit, 0)));
         QCOMPARE(FileSizeCalculator::quickItemSize(folder), first(FileSizeCalculator::quickEntryLimit));
     }
 
