@@ -139,12 +139,13 @@ private Q_SLOTS:
     {
         const QStringList paths = {at("~/Library/Caches/com.example.MyApp"), at("~/Library/Containers/com.example.MyApp"),
                                    at("~/Library/LaunchAgents/com.example.MyApp.plist"), at("/Library/Application Support/MyApp"),
-                                   at("~/Library/Containers/com.x.ext/Data"), at("~/Downloads/MyApp copy.app")};
+                                   at("~/Library/Containers/com.x.ext/Data"), at("~/Library/Group Containers/group.x/db"),
+                                   at("~/Downloads/MyApp copy.app")};
         for (const QString &path : paths)
             TestSupport::writeFile(path, "x");
         TestSupport::makeSymlink(QStringLiteral("/nonexistent"), at(QStringLiteral("~/Library/Logs/com.example.MyApp")));
         QStringList answer = paths;
-        answer << QString() << at("~/Downloads/gone") << paths.at(2);
+        answer << QString() << at("~/Downloads/gone") << paths.at(2) << at("/Applications/MyApp.app");
         installMdfind(answer.join(QLatin1Char('\n')).toUtf8());
         QStringList listed;
         for (const LeftoverItem &item : LeftoverScannerService::scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.MyApp"))).result().items)
@@ -156,6 +157,7 @@ private Q_SLOTS:
                                       row("/Users/ann/Library/Caches/com.example.MyApp", Category::caches),
                                       row("/Users/ann/Library/Containers/com.example.MyApp", Category::containers),
                                       row("/Users/ann/Library/Containers/com.x.ext/Data", Category::containers),
+                                      row("/Users/ann/Library/Group Containers/group.x/db", Category::groupContainers),
                                       row("/Users/ann/Library/LaunchAgents/com.example.MyApp.plist", Category::launchAgents)}));
         QCOMPARE(TestSupport::readBytes(m_root + QStringLiteral("/query")), QByteArray("kMDItemCFBundleIdentifier == 'com.example.MyApp'"));
     }
