@@ -33,7 +33,8 @@ private Q_SLOTS:
     // No group is a system entry or an installed app's, and no item is offered twice.
     void nothingThatMustStay()
     {
-        const QStringList never = QJsonDocument::fromJson(readBytes(m_root + QStringLiteral("/.kestrune-expected-orphans.json")))[u"never"].toVariant().toStringList();
+        const QJsonDocument expected = QJsonDocument::fromJson(readBytes(m_root + QStringLiteral("/.kestrune-expected-orphans.json")));
+        const QStringList never = expected[u"never"].toVariant().toStringList();
         const QList<InstalledApp> apps = AppDiscoveryService::discoverInstalledApps();
         QVERIFY(apps.size() > 5 && !never.isEmpty());
         QSet<QString> paths;
