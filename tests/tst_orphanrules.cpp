@@ -54,7 +54,7 @@ private Q_SLOTS:
         QCOMPARE(rule == 'g' ? extractBundleIDFromGroupContainer(text).value_or(QString()) : displayNameFromKey(text), expected);
     }
 
-    // What must never be proposed: the system's and this program's entries, and parts of other apps.
+    // What must never be proposed: the system's and this program's entries, and components of other apps.
     void systemAndComponents_data()
     {
         QTest::addColumn<QString>("bundleID"); // empty: none given
