@@ -10,16 +10,9 @@
 // references past the end, absurd depth) that no serializer would produce.
 namespace PlistBytes {
 
-struct String {
-    QByteArray ascii;
-};
-struct Array {
-    QList<quint64> references;
-};
-struct Dictionary {
-    QList<quint64> keys;
-    QList<quint64> values;
-};
+struct String { QByteArray ascii; };
+struct Array { QList<quint64> references; };
+struct Dictionary { QList<quint64> keys; QList<quint64> values; };
 using Object = std::variant<String, Array, Dictionary>;
 
 inline void appendBigEndian(QByteArray &out, quint64 value, int width)
@@ -28,13 +21,12 @@ inline void appendBigEndian(QByteArray &out, quint64 value, int width)
         out.append(char((value >> (8 * k)) & 0xFF));
 }
 
+// Counts from 15 on take the extended form: the marker's low nibble is 0xF and an 8-byte integer follows.
 inline void appendMarker(QByteArray &out, int type, qsizetype count)
 {
-    if (count < 15) {
-        out.append(char((type << 4) | int(count)));
-    } else {
-        out.append(char((type << 4) | 0x0F));
-        out.append(char(0x13)); // an 8-byte integer follows
+    out.append(char((type << 4) | int(count < 15 ? count : 0x0F)));
+    if (count >= 15) {
+        out.append(char(0x13));
         appendBigEndian(out, quint64(count), 8);
     }
 }
@@ -50,27 +42,20 @@ inline QByteArray binary(const QList<Object> &objects, quint64 top = 0)
         if (const auto *string = std::get_if<String>(&object)) {
             appendMarker(out, 0x5, string->ascii.size());
             out.append(string->ascii);
-        } else if (const auto *array = std::get_if<Array>(&object)) {
-            appendMarker(out, 0xA, array->references.size());
-            for (quint64 reference : array->references)
-                appendBigEndian(out, reference, width);
-        } else if (const auto *dictionary = std::get_if<Dictionary>(&object)) {
-            appendMarker(out, 0xD, dictionary->keys.size());
-            for (quint64 reference : dictionary->keys)
-                appendBigEndian(out, reference, width);
-            for (quint64 reference : dictionary->values)
-                appendBigEndian(out, reference, width);
+            continue;
         }
+        const auto *dictionary = std::get_if<Dictionary>(&object);
+        const QList<quint64> references = dictionary ? dictionary->keys + dictionary->values : std::get<Array>(object).references;
+        appendMarker(out, dictionary ? 0xD : 0xA, dictionary ? dictionary->keys.size() : references.size());
+        for (quint64 reference : references)
+            appendBigEndian(out, reference, width);
     }
     const quint64 tableOffset = quint64(out.size());
     for (quint64 offset : offsets)
         appendBigEndian(out, offset, width);
-    out.append(QByteArray(6, '\0'));
-    out.append(char(width));
-    out.append(char(width));
-    appendBigEndian(out, quint64(objects.size()), 8);
-    appendBigEndian(out, top, 8);
-    appendBigEndian(out, tableOffset, 8);
+    out.append(QByteArray(6, '\0') + char(width) + char(width));
+    for (const quint64 value : {quint64(objects.size()), top, tableOffset})
+        appendBigEndian(out, value, 8);
     return out;
 }
 
@@ -80,28 +65,19 @@ inline QByteArray nestedBinaryArrays(int depth)
     QList<Object> objects;
     for (int level = 0; level < depth; ++level)
         objects.append(Array{{quint64(level + 1)}});
-    objects.append(String{"leaf"});
-    return binary(objects);
+    return binary(objects << String{"leaf"});
 }
 
 inline QByteArray nestedXmlArrays(int depth)
 {
-    QByteArray xml("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">");
-    for (int level = 0; level < depth; ++level)
-        xml += "<array>";
-    xml += "<string>leaf</string>";
-    for (int level = 0; level < depth; ++level)
-        xml += "</array>";
-    xml += "</plist>\n";
-    return xml;
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + QByteArray("<array>").repeated(depth)
+           + "<string>leaf</string>" + QByteArray("</array>").repeated(depth) + "</plist>\n";
 }
 
 inline QByteArray xmlDictionary(const QByteArray &body)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-           "<plist version=\"1.0\"><dict>"
-        + body + "</dict></plist>\n";
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\"><dict>" + body + "</dict></plist>\n";
 }
 
 } // namespace PlistBytes

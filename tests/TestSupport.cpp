@@ -11,17 +11,16 @@
 #include <QStandardPaths>
 #include <QTest>
 
-#include <fcntl.h>
 #include <filesystem>
-#include <mutex>
+#include <fstream>
 #include <unistd.h>
 
 namespace {
 
-// Sample Macs hold names that are not UTF-8, which QTemporaryDir cannot delete; whatever it leaves
-// behind is removed byte for byte when the test process ends.
+// Sample Macs and Trashes hold names that are not UTF-8, which QTemporaryDir cannot delete; what it leaves
+// behind is removed byte for byte when the test process ends, with the folders around it that this
+// empties, up to the system's temporary folder.
 struct SampleMacSweeper {
-    std::mutex mutex;
     std::vector<std::filesystem::path> folders;
     std::filesystem::path temporaryRoot;
     ~SampleMacSweeper()
@@ -29,22 +28,13 @@ struct SampleMacSweeper {
         for (const auto &folder : folders) {
             std::error_code ignored;
             std::filesystem::remove_all(folder, ignored);
-            // The temporary folder around it is left empty by QTemporaryDir's failed attempt; the
-            // system's temporary folder itself stays even when this emptied it.
-            for (auto parent = folder.parent_path();
-                 !ignored && parent.has_relative_path() && parent != temporaryRoot; parent = parent.parent_path()) {
+            for (auto parent = folder.parent_path(); !ignored && parent.has_relative_path() && parent != temporaryRoot; parent = parent.parent_path()) {
                 if (!std::filesystem::remove(parent, ignored))
                     break;
             }
         }
     }
-};
-
-SampleMacSweeper &sweeper()
-{
-    static SampleMacSweeper instance;
-    return instance;
-}
+} sweeper;
 
 } // namespace
 
@@ -56,17 +46,11 @@ void writeFile(const QString &path, const QByteArray &contents)
     const std::filesystem::path native = NativePath::encode(path).toStdString();
     std::error_code error;
     std::filesystem::create_directories(native.parent_path(), error);
-    const int fd = ::open(native.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    QVERIFY2(fd >= 0, qPrintable(path));
-    const bool written = ::write(fd, contents.constData(), size_t(contents.size())) == contents.size();
-    ::close(fd);
-    QVERIFY2(written, qPrintable(path));
+    std::ofstream out(native, std::ios::binary | std::ios::trunc);
+    QVERIFY2(out.write(contents.constData(), contents.size()).flush(), qPrintable(path));
 }
 
-void makeFolder(const QString &path)
-{
-    QVERIFY2(QDir().mkpath(path), qPrintable(path));
-}
+void makeFolder(const QString &path) { QVERIFY2(QDir().mkpath(path), qPrintable(path)); }
 
 void makeSymlink(const QString &target, const QString &linkPath)
 {
@@ -100,9 +84,8 @@ QString caseFolder(const QTemporaryDir &dir)
 
 void sweepOnExit(const QString &folder)
 {
-    std::lock_guard lock(sweeper().mutex);
-    sweeper().temporaryRoot = NativePath::encode(QDir::tempPath()).toStdString();
-    sweeper().folders.emplace_back(NativePath::encode(QDir(folder).absolutePath()).toStdString());
+    sweeper.temporaryRoot = NativePath::encode(QDir::tempPath()).toStdString();
+    sweeper.folders.emplace_back(NativePath::encode(QDir(folder).absolutePath()).toStdString());
 }
 
 bool generateSampleMac(const QString &folder, int seed, const QString &scale, QString *log)
@@ -110,9 +93,8 @@ bool generateSampleMac(const QString &folder, int seed, const QString &scale, QS
     sweepOnExit(folder);
     QProcess generator;
     generator.setProcessChannelMode(QProcess::MergedChannels);
-    generator.start(QStringLiteral("python3"),
-                    {QStringLiteral(KESTRUNE_SAMPLE_MAC_TOOL), QStringLiteral("--out"), folder,
-                     QStringLiteral("--seed"), QString::number(seed), QStringLiteral("--scale"), scale});
+    generator.start(QStringLiteral("python3"), {QStringLiteral(KESTRUNE_SAMPLE_MAC_TOOL), QStringLiteral("--out"), folder, QStringLiteral("--seed"),
+                                                QString::number(seed), QStringLiteral("--scale"), scale});
     const bool finished = generator.waitForFinished(600000);
     if (log)
         *log = QString::fromUtf8(generator.readAll());
@@ -133,50 +115,28 @@ QString useSampleLayout(const QString &root)
     return home;
 }
 
-bool runningAsRoot()
-{
-    return ::geteuid() == 0;
-}
+bool runningAsRoot() { return ::geteuid() == 0; }
 
-bool canRunUnprivileged()
-{
-    return !runningAsRoot() || !QStandardPaths::findExecutable(QStringLiteral("setpriv")).isEmpty();
-}
+bool canRunUnprivileged() { return !runningAsRoot() || !QStandardPaths::findExecutable(QStringLiteral("setpriv")).isEmpty(); }
 
 Run runProgram(const QString &program, const QStringList &arguments, bool unprivileged)
 {
     QProcess process;
-    if (unprivileged && runningAsRoot()) {
-        process.start(QStringLiteral("setpriv"), QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
-                                                             QStringLiteral("--clear-groups"), program} + arguments);
-    } else {
-        process.start(program, arguments);
-    }
-    Run run;
+    const bool drop = unprivileged && runningAsRoot();
+    process.start(drop ? QStringLiteral("setpriv") : program,
+                  drop ? QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"), program} + arguments
+                       : arguments);
     if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
+        return Run();
+    return Run{process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-Run runCli(const QStringList &arguments, bool unprivileged)
-{
-    return runProgram(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), arguments, unprivileged);
-}
+Run runCli(const QStringList &arguments, bool unprivileged) { return runProgram(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), arguments, unprivileged); }
 
 QByteArray readBytes(const QString &path)
 {
-    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY);
-    if (fd < 0)
-        return "<unreadable>";
-    QByteArray contents;
-    char buffer[4096];
-    for (ssize_t got; (got = ::read(fd, buffer, sizeof buffer)) > 0;)
-        contents.append(buffer, got);
-    ::close(fd);
-    return contents;
+    std::ifstream in(NativePath::encode(path).toStdString(), std::ios::binary);
+    return in ? QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(in), {})) : QByteArray("<unreadable>");
 }
 
 QList<Trashed> trashedIn(const QString &trash)
@@ -194,10 +154,7 @@ QList<Trashed> trashedIn(const QString &trash)
     return found;
 }
 
-QString homeTrash()
-{
-    return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash");
-}
+QString homeTrash() { return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash"); }
 
 int execWithPrivateTrash(QObject *test, int argc, char *argv[])
 {
@@ -207,11 +164,9 @@ int execWithPrivateTrash(QObject *test, int argc, char *argv[])
     qputenv("HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/home")));
     qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/data")));
     QDir().mkpath(sandbox.path() + QStringLiteral("/home"));
-    const int failed = QTest::qExec(test, argc, argv);
     // Trashed names need not be UTF-8, which QTemporaryDir cannot delete.
-    std::error_code ignored;
-    std::filesystem::remove_all(NativePath::encode(sandbox.path()).toStdString(), ignored);
-    return failed;
+    sweepOnExit(sandbox.path());
+    return QTest::qExec(test, argc, argv);
 }
 
 } // namespace TestSupport

@@ -50,21 +50,14 @@ QString useSampleLayout(const QString &root);
 [[nodiscard]] bool canRunUnprivileged();
 
 // A finished program; exitCode is -1 when it could not start, crashed or ran out of time.
-struct Run {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+struct Run { int exitCode = -1; QByteArray out; QByteArray err; };
 // As root with unprivileged set, the program runs as nobody through setpriv.
 [[nodiscard]] Run runProgram(const QString &program, const QStringList &arguments, bool unprivileged = false);
 // The built kestrune-cli.
 [[nodiscard]] Run runCli(const QStringList &arguments, bool unprivileged = false);
 
 // One record of a freedesktop Trash: the name under files/ and the raw path it restores to.
-struct Trashed {
-    QString name;
-    QByteArray originalPath;
-};
+struct Trashed { QString name; QByteArray originalPath; };
 [[nodiscard]] QList<Trashed> trashedIn(const QString &trash);
 // The Trash that GIO uses for this process (XDG_DATA_HOME/Trash).
 [[nodiscard]] QString homeTrash();

@@ -8,7 +8,6 @@
 #include <QTest>
 
 using namespace TestSupport;
-using C = LeftoverCategory;
 
 class TestOrphanScan : public QObject {
     Q_OBJECT
@@ -18,26 +17,34 @@ class TestOrphanScan : public QObject {
     QString m_home;
 
     QString lib(const QString &relative) const { return m_home + QStringLiteral("/Library/") + relative; }
-    void folder(const QString &relative, qint64 bytes = 10) { writeFile(lib(relative) + QStringLiteral("/data"), QByteArray(bytes, 'x')); }
-    void prefs(const QString &bundleID, const QList<std::pair<QString, QString>> &strings = {})
+    static QByteArray named(const QString &name) { return infoPlist({{QStringLiteral("CFBundleName"), name}}); }
+
+    // "App:File.app|Name|id" installs an app, "+x" is a plain file, "@x" a dangling link, "x.plist=Name"
+    // a preference file naming the app ("=<..." gives its bytes), anything else a folder of ten bytes.
+    void build(const QStringList &entries)
     {
-        writeFile(lib(QStringLiteral("Preferences/%1.plist").arg(bundleID)), infoPlist(strings));
-    }
-    void install(const QString &file, const QString &name, const QString &id) { writeApp(m_root + QStringLiteral("/Applications/") + file, name, id); }
-    static QList<OrphanedAppGroup> scan() { return OrphanedLeftoverScannerService::scan().result(); }
-    static const OrphanedAppGroup *find(const QList<OrphanedAppGroup> &groups, const QString &id)
-    {
-        for (const OrphanedAppGroup &group : groups) {
-            if (group.id == id)
-                return &group;
+        for (const QString &entry : entries) {
+            const QString path = entry.section(QLatin1Char('='), 0, 0), value = entry.section(QLatin1Char('='), 1);
+            if (entry.startsWith(QLatin1String("App:"))) {
+                const QStringList app = entry.mid(4).split(QLatin1Char('|'));
+                writeApp(m_root + QStringLiteral("/Applications/") + app.at(0), app.at(1), app.at(2));
+            } else if (entry.startsWith(QLatin1Char('+'))) {
+                writeFile(lib(entry.mid(1)), "file");
+            } else if (entry.startsWith(QLatin1Char('@'))) {
+                makeSymlink(QStringLiteral("/nowhere"), lib(entry.mid(1)));
+            } else if (path.endsWith(QLatin1String(".plist"))) {
+                writeFile(lib(path), value.startsWith(QLatin1Char('<')) ? value.toUtf8() : value.isEmpty() ? infoPlist({}) : named(value));
+            } else {
+                writeFile(lib(entry) + QStringLiteral("/data"), QByteArray(10, 'x'));
+            }
         }
-        return nullptr;
     }
-    static QStringList ids(const QList<OrphanedAppGroup> &groups)
+    // "id|display name|grade letter and item count", in the scan's order.
+    static QStringList summary(const QList<OrphanedAppGroup> &groups)
     {
         QStringList result;
         for (const OrphanedAppGroup &group : groups)
-            result.append(group.id);
+            result.append(group.id + u'|' + group.displayName + u'|' + "hmu"[int(group.confidence)] + QString::number(group.items.size()));
         return result;
     }
 
@@ -50,235 +57,104 @@ private Q_SLOTS:
         makeFolder(m_root + QStringLiteral("/Applications"));
     }
 
-    void containerAndPreference()
+    void scan_data()
     {
-        folder(QStringLiteral("Containers/com.example.app"), 100);
-        prefs(QStringLiteral("com.example.app"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example")}});
-        folder(QStringLiteral("Containers/Data"));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(ids(groups), QStringList{QStringLiteral("com.example.app")});
-        const OrphanedAppGroup &group = groups.constFirst();
-        QCOMPARE(group.bundleIdentifier, std::optional(QStringLiteral("com.example.app")));
-        QCOMPARE(group.displayName, QStringLiteral("Example"));
-        QCOMPARE(group.confidence, OrphanConfidence::high);
-        QCOMPARE(group.evidenceSummary, QStringLiteral("Strong match across 2 locations: Containers, Preferences."));
-        QCOMPARE(group.items.size(), 2);
-        QCOMPARE(group.items.at(0).path(), lib(QStringLiteral("Containers/com.example.app")));
-        QCOMPARE(group.items.at(0).size, 100);
-        QCOMPARE(group.items.at(1).category, C::preferences);
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList claimed = {"Containers/com.Example.app", "Saved Application State/com.Example.app.savedState",
+                                     "Preferences/com.Example.app.plist=Example Pro"};
+        // While an app claims them, the same leftovers are never reported.
+        QTest::newRow("installed: same identifier") << claimed + QStringList{"App:Example.app|Example|com.Example.app"} << QStringList();
+        QTest::newRow("installed: identifier in other case") << claimed + QStringList{"App:Example.app|Example|COM.Example.APP"} << QStringList();
+        QTest::newRow("installed: identifier prefix") << claimed + QStringList{"App:Example.app|Example|com.example"} << QStringList();
+        QTest::newRow("installed: display name, other case") << claimed + QStringList{"App:Other.app|EXAMPLE PRO|org.other"} << QStringList();
+        QTest::newRow("installed: bundle file name of an item") << claimed + QStringList{"App:com.example.app.app|Unrelated|"} << QStringList();
+        QTest::newRow("installed: prefix needs the dot")
+            << QStringList{"App:Example.app|Example|com.example.app", "Containers/com.example.application", "+HTTPStorages/com.example.app.binarycookies"}
+            << QStringList{"com.example.application|Application|h1"};
+        // Which names count as the system's is tst_orphanrules' table; here, that every pass asks. A
+        // display name that is an excluded folder name keeps its entries out too.
+        QTest::newRow("system entries") << QStringList{"Containers/com.apple.Safari", "Group Containers/group.com.apple.notes",
+                                                       "Preferences/com.apple.finder.plist=Finder", "Caches/Finder Cache",
+                                                       "Preferences/com.vendor.mailer.plist=Mail", "Containers/com.vendor.mailer"}
+                                        << QStringList();
+        QTest::newRow("components") << QStringList{"Containers/com.example.app.loginitem", "Containers/com.example.update",
+                                                   "Containers/com.example.tool", "Preferences/com.example.tool.plist=Tool CrashReporter"}
+                                    << QStringList{"com.example.update|Update|h1"};
+        QTest::newRow("container and preference") << QStringList{"Containers/com.example.app", "Preferences/com.example.app.plist=Example", "Containers/Data"}
+                                                   << QStringList{"com.example.app|Example|h2"};
+        // The installed app's support folder is left alone even though a preference file names it.
+        QTest::newRow("application support")
+            << QStringList{"App:Installed Thing.app|Installed Thing|net.installed", "Preferences/com.vendor.foo.plist",
+                           "Preferences/com.vendor.installed-thing.plist", "Preferences/com.google.chrome.plist=Google", "Application Support/Foo",
+                           "Application Support/Google", "Application Support/INSTALLED THING", "Application Support/Bar",
+                           "Application Support/com.vendor.solo", "Containers/com.vendor.installed-thing"}
+            << QStringList{"com.vendor.foo|Foo|h2", "com.vendor.installed-thing|Installed Thing|h2"};
+        QTest::newRow("saved state suffix")
+            << QStringList{"Saved Application State/com.example.app.savedState", "Saved Application State/com.example.two.SAVEDSTATE",
+                           "Saved Application State/com.example.two", "Saved Application State/Writer.savedState",
+                           "Preferences/com.example.app.plist", "Preferences/com.example.two.plist", "Preferences/org.pen.writer.plist"}
+            << QStringList{"com.example.app|App|m2", "org.pen.writer|Writer|m2"};
+        QTest::newRow("web storage") << QStringList{"WebKit/com.example.app", "HTTPStorages/com.example.app", "+HTTPStorages/com.example.app.binarycookies",
+                                                    "+HTTPStorages/com.example.app.binarycookies.more", "WebKit/com.example.app.binarycookies"}
+                                     << QStringList{"com.example.app|App|u2", "com.example.app.binarycookies|Binarycookies|u2"};
+        // The "group." folder keeps its prefix, so the preference file stays apart.
+        QTest::newRow("group containers")
+            << QStringList{"Group Containers/ABCDE12345.com.example.shared", "Group Containers/shared stuff", "Group Containers/group.com.example.app",
+                           "Containers/ABCDE12345.com.example.shared", "Preferences/com.example.app.plist"}
+            << QStringList{"ABCDE12345.com.example.shared|Shared|h2"};
+        // A preference file alone is no group; a dangling link is no leftover.
+        QTest::newRow("preference needs a group")
+            << QStringList{"Preferences/com.example.lonely.plist=Lonely", "+Preferences/com.example.text.txt", "@Preferences/com.example.gone.plist",
+                           "Containers/com.example.gone"}
+            << QStringList{"com.example.gone|Gone|h1"};
+        QTest::newRow("cases stay apart") << QStringList{"Containers/com.Example.App", "Containers/com.example.app"}
+                                          << QStringList{"com.Example.App|App|h1", "com.example.app|App|h1"};
+        const auto tool = [](const QByteArray &plist) {
+            return QStringList{"Containers/com.example.tool", "Preferences/com.example.tool.plist=" + QString::fromUtf8(plist)};
+        };
+        // An unreadable preference file names nothing but is still a leftover.
+        QTest::newRow("display name first") << tool(infoPlist({{"CFBundleName", "Short"}, {"CFBundleDisplayName", "Long Name"}}))
+                                            << QStringList{"com.example.tool|Long Name|h2"};
+        QTest::newRow("name not a string") << tool("<plist><dict><key>CFBundleName</key><integer>4</integer></dict></plist>")
+                                           << QStringList{"com.example.tool|Tool|h2"};
+        QTest::newRow("truncated preference") << tool(named(QStringLiteral("Never")).left(60)) << QStringList{"com.example.tool|Tool|h2"};
+    }
+    void scan()
+    {
+        QFETCH(QStringList, entries);
+        QFETCH(QStringList, expected);
+        build(entries);
+        QCOMPARE(summary(OrphanedLeftoverScannerService::scan().result()), expected);
     }
 
-    // The same leftovers are never reported while an app claims them.
-    void installedAppsClaimLeftovers_data()
-    {
-        QTest::addColumn<QString>("appFile");
-        QTest::addColumn<QString>("appName");
-        QTest::addColumn<QString>("appID");
-        QTest::newRow("same identifier") << "Example.app" << "Example" << "com.Example.app";
-        QTest::newRow("identifier in other case") << "Example.app" << "Example" << "COM.Example.APP";
-        QTest::newRow("identifier prefix") << "Example.app" << "Example" << "com.example";
-        QTest::newRow("display name, other case") << "Other.app" << "EXAMPLE PRO" << "org.other";
-        QTest::newRow("bundle file name of an item") << "com.example.app.app" << "Unrelated" << "";
-    }
-    void installedAppsClaimLeftovers()
-    {
-        QFETCH(QString, appFile);
-        QFETCH(QString, appName);
-        QFETCH(QString, appID);
-        install(appFile, appName, appID);
-        folder(QStringLiteral("Containers/com.Example.app"));
-        folder(QStringLiteral("Saved Application State/com.Example.app.savedState"));
-        prefs(QStringLiteral("com.Example.app"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example Pro")}});
-        const QList<OrphanedAppGroup> groups = scan();
-        QVERIFY2(groups.isEmpty(), qPrintable(ids(groups).join(u' ')));
-    }
-
-    void prefixOfInstalledIdentifierIsNotEnough()
-    {
-        install(QStringLiteral("Example.app"), QStringLiteral("Example"), QStringLiteral("com.example.app"));
-        folder(QStringLiteral("Containers/com.example.application")); // no dot after the installed identifier
-        writeFile(lib(QStringLiteral("HTTPStorages/com.example.app.binarycookies")), "c");
-        QCOMPARE(ids(scan()), QStringList{QStringLiteral("com.example.application")});
-    }
-
-    void preferenceDisplayNames_data()
-    {
-        QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("display name first") << infoPlist({{"CFBundleName", "Short"}, {"CFBundleDisplayName", "Long Name"}}) << "Long Name";
-        QTest::newRow("empty display name") << infoPlist({{"CFBundleDisplayName", ""}, {"CFBundleName", "Short"}}) << "Short";
-        QTest::newRow("kept untrimmed") << infoPlist({{"CFBundleName", " Spaced "}}) << " Spaced ";
-        QTest::newRow("not a string") << QByteArray("<plist><dict><key>CFBundleName</key><integer>4</integer></dict></plist>") << "Tool";
-        QTest::newRow("truncated") << infoPlist({{"CFBundleName", "Never"}}).left(60) << "Tool";
-    }
-    void preferenceDisplayNames()
-    {
-        QFETCH(QByteArray, contents);
-        QFETCH(QString, expected);
-        folder(QStringLiteral("Containers/com.example.tool"));
-        writeFile(lib(QStringLiteral("Preferences/com.example.tool.plist")), contents);
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(groups.size(), 1);
-        QCOMPARE(groups.constFirst().displayName, expected);
-        QCOMPARE(groups.constFirst().items.size(), 2); // the unreadable file is still a leftover
-    }
-
-    // Both readings, cached and literal, must find the same.
+    // Both readings, cached and literal, must find the same. An equal-length identifier with the same
+    // name must lose the tie the same way every time; "xy-data" does not reach the two-letter name.
     void cacheMatching()
     {
-        prefs(QStringLiteral("com.example.app"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example App")}});
-        // An equal-length identifier with the same name: the tie goes the same way every time.
-        prefs(QStringLiteral("com.example.apq"), {{QStringLiteral("CFBundleName"), QStringLiteral("Example App")}});
-        prefs(QStringLiteral("com.example.app.pro"));
-        prefs(QStringLiteral("org.tiny.xy"), {{QStringLiteral("CFBundleName"), QStringLiteral("X-Y!")}});
-        folder(QStringLiteral("Caches/com.example.app.ShipIt"));
-        folder(QStringLiteral("Caches/com.example.app.pro.cache"));
-        folder(QStringLiteral("Caches/Example App Cache"));
-        folder(QStringLiteral("Caches/net.nobody.cache"));
-        folder(QStringLiteral("Caches/xy-data"));
-        folder(QStringLiteral("Caches/org.tiny.xy"));
+        build({"Preferences/com.example.app.plist=Example App", "Preferences/com.example.apq.plist=Example App", "Preferences/com.example.app.pro.plist",
+               "Preferences/org.tiny.xy.plist=X-Y!", "Caches/com.example.app.ShipIt", "Caches/com.example.app.pro.cache",
+               "Caches/Example App Cache", "Caches/net.nobody.cache", "Caches/xy-data", "Caches/org.tiny.xy"});
         const QList<OrphanedAppGroup> groups = OrphanedLeftoverScannerService::performScan(false);
-        const OrphanedAppGroup *app = find(groups, QStringLiteral("com.example.app"));
-        QVERIFY(app);
-        QCOMPARE(app->items.size(), 3);
-        QCOMPARE(app->items.at(0).path(), lib(QStringLiteral("Caches/com.example.app.ShipIt")));
-        QCOMPARE(app->items.at(1).path(), lib(QStringLiteral("Caches/Example App Cache")));
-        const OrphanedAppGroup *pro = find(groups, QStringLiteral("com.example.app.pro"));
-        QVERIFY(pro);
-        QCOMPARE(pro->items.size(), 2);
-        QCOMPARE(pro->displayName, QStringLiteral("Pro"));
-        // "xy-data" does not reach the two-letter name; the exact folder alone is too little evidence.
-        const OrphanedAppGroup *tiny = find(groups, QStringLiteral("org.tiny.xy"));
-        QVERIFY(tiny);
-        QCOMPARE(tiny->items.size(), 2);
-        QCOMPARE(groups.size(), 3);
+        QCOMPARE(summary(groups), (QStringList{"com.example.app|Example App|m3", "org.tiny.xy|X-Y!|m2", "com.example.app.pro|Pro|m2"}));
+        QCOMPARE(groups.constFirst().items.at(1).path(), lib(QStringLiteral("Caches/Example App Cache")));
         QCOMPARE(OrphanedLeftoverScannerService::performScan(true), groups);
     }
 
-    void applicationSupport()
-    {
-        install(QStringLiteral("Installed Thing.app"), QStringLiteral("Installed Thing"), QStringLiteral("net.installed"));
-        prefs(QStringLiteral("com.vendor.foo"));
-        prefs(QStringLiteral("com.vendor.installed-thing"));
-        prefs(QStringLiteral("com.google.chrome"), {{QStringLiteral("CFBundleName"), QStringLiteral("Google")}});
-        folder(QStringLiteral("Application Support/Foo"));
-        folder(QStringLiteral("Application Support/Google"));
-        folder(QStringLiteral("Application Support/INSTALLED THING"));
-        folder(QStringLiteral("Application Support/Bar"));
-        folder(QStringLiteral("Application Support/com.vendor.solo"));
-        folder(QStringLiteral("Containers/com.vendor.installed-thing"));
-        const QList<OrphanedAppGroup> groups = scan();
-        const OrphanedAppGroup *foo = find(groups, QStringLiteral("com.vendor.foo"));
-        QVERIFY(foo);
-        QCOMPARE(foo->displayName, QStringLiteral("Foo"));
-        QCOMPARE(foo->evidenceSummary, QStringLiteral("Strong match across 2 locations: Application Support, Preferences."));
-        // The installed app's folder is left alone even though a preference file names it.
-        const OrphanedAppGroup *thing = find(groups, QStringLiteral("com.vendor.installed-thing"));
-        QVERIFY(thing);
-        QCOMPARE(thing->items.size(), 2);
-        QVERIFY(!find(groups, QStringLiteral("com.vendor.solo")));
-        QCOMPARE(groups.size(), 2);
-    }
-
-    void savedStateSuffix()
-    {
-        folder(QStringLiteral("Saved Application State/com.example.app.savedState"));
-        folder(QStringLiteral("Saved Application State/com.example.two.SAVEDSTATE"));
-        folder(QStringLiteral("Saved Application State/com.example.two"));
-        folder(QStringLiteral("Saved Application State/Writer.savedState"));
-        prefs(QStringLiteral("com.example.app"));
-        prefs(QStringLiteral("com.example.two"));
-        prefs(QStringLiteral("org.pen.writer"));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(ids(groups), (QStringList{QStringLiteral("com.example.app"), QStringLiteral("org.pen.writer")}));
-        QCOMPARE(find(groups, QStringLiteral("org.pen.writer"))->displayName, QStringLiteral("Writer"));
-        QCOMPARE(groups.constFirst().confidence, OrphanConfidence::medium);
-    }
-
-    void webStorage()
-    {
-        folder(QStringLiteral("WebKit/com.example.app"));
-        folder(QStringLiteral("HTTPStorages/com.example.app"));
-        writeFile(lib(QStringLiteral("HTTPStorages/com.example.app.binarycookies")), "cookie");
-        writeFile(lib(QStringLiteral("HTTPStorages/com.example.app.binarycookies.more")), "cookie");
-        folder(QStringLiteral("WebKit/com.example.app.binarycookies"));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(ids(groups), (QStringList{QStringLiteral("com.example.app"), QStringLiteral("com.example.app.binarycookies")}));
-        QCOMPARE(groups.constFirst().evidenceSummary, QStringLiteral("Weak match. Review carefully before deleting."));
-    }
-
-    void groupContainers()
-    {
-        folder(QStringLiteral("Group Containers/ABCDE12345.com.example.shared"));
-        folder(QStringLiteral("Group Containers/shared stuff"));
-        folder(QStringLiteral("Group Containers/group.com.example.app"));
-        folder(QStringLiteral("Containers/ABCDE12345.com.example.shared"));
-        prefs(QStringLiteral("com.example.app"));
-        const QList<OrphanedAppGroup> groups = scan();
-        const OrphanedAppGroup *shared = find(groups, QStringLiteral("ABCDE12345.com.example.shared"));
-        QVERIFY(shared);
-        QCOMPARE(shared->items.size(), 2);
-        QCOMPARE(shared->bundleIdentifier, std::optional(QStringLiteral("ABCDE12345.com.example.shared")));
-        QCOMPARE(groups.size(), 1); // the "group." folder keeps its prefix, so the preference file stays apart
-    }
-
-    void preferenceFileNeedsAGroup()
-    {
-        prefs(QStringLiteral("com.example.lonely"), {{QStringLiteral("CFBundleName"), QStringLiteral("Lonely")}});
-        writeFile(lib(QStringLiteral("Preferences/com.example.text.txt")), "x");
-        makeSymlink(QStringLiteral("/nowhere"), lib(QStringLiteral("Preferences/com.example.gone.plist")));
-        folder(QStringLiteral("Containers/com.example.gone"));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(ids(groups), QStringList{QStringLiteral("com.example.gone")});
-        QCOMPARE(groups.constFirst().items.size(), 1); // the dangling link is not a leftover
-    }
-
-    void systemEntriesAreKeptOut()
-    {
-        // Which names count as the system's is tst_orphanrules::systemArtifact; here, that every pass asks.
-        folder(QStringLiteral("Containers/com.apple.Safari"));
-        folder(QStringLiteral("Group Containers/group.com.apple.notes"));
-        prefs(QStringLiteral("com.apple.finder"), {{QStringLiteral("CFBundleName"), QStringLiteral("Finder")}});
-        folder(QStringLiteral("Caches/Finder Cache"));
-        // A display name that is an excluded folder name keeps its entries out too.
-        prefs(QStringLiteral("com.vendor.mailer"), {{QStringLiteral("CFBundleName"), QStringLiteral("Mail")}});
-        folder(QStringLiteral("Containers/com.vendor.mailer"));
-        QVERIFY(scan().isEmpty());
-    }
-
-    void casesStayApart()
-    {
-        folder(QStringLiteral("Containers/com.Example.App"));
-        folder(QStringLiteral("Containers/com.example.app"));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(groups.size(), 2);
-        QCOMPARE(groups.at(0).items.size(), 1);
-    }
-
-    void componentsAreDropped()
-    {
-        folder(QStringLiteral("Containers/com.example.app.loginitem"));
-        folder(QStringLiteral("Containers/com.example.update"));
-        folder(QStringLiteral("Containers/com.example.tool"));
-        prefs(QStringLiteral("com.example.tool"), {{QStringLiteral("CFBundleName"), QStringLiteral("Tool CrashReporter")}});
-        QCOMPARE(ids(scan()), QStringList{QStringLiteral("com.example.update")});
-    }
-
+    // Items sort without regard to case (code-unit order would put "B" before "a"); empty leftovers
+    // are listed too.
     void itemsSortedAndZeroSizesListed()
     {
-        prefs(QStringLiteral("com.example.big"));
+        build({"Preferences/com.example.big.plist", "Caches/com.example.big.B", "Caches/com.example.big.a"});
         writeFile(lib(QStringLiteral("Caches/com.example.big")), QByteArray());
-        folder(QStringLiteral("Caches/com.example.big.B"));
-        folder(QStringLiteral("Caches/com.example.big.a"));
         makeFolder(lib(QStringLiteral("Containers/com.example.empty")));
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(ids(groups), (QStringList{QStringLiteral("com.example.empty"), QStringLiteral("com.example.big")}));
+        const QList<OrphanedAppGroup> groups = OrphanedLeftoverScannerService::scan().result();
+        QCOMPARE(summary(groups), (QStringList{"com.example.empty|Empty|h1", "com.example.big|Big|m4"}));
         QStringList paths;
         for (const LeftoverItem &item : groups.at(1).items)
             paths.append(item.path().mid(lib(QString()).size()));
-        // Case-insensitive: code-unit order would put "B" before "a".
-        QCOMPARE(paths, (QStringList{"Caches/com.example.big", "Caches/com.example.big.a", "Caches/com.example.big.B",
-                                     "Preferences/com.example.big.plist"}));
+        QCOMPARE(paths, (QStringList{"Caches/com.example.big", "Caches/com.example.big.a", "Caches/com.example.big.B", "Preferences/com.example.big.plist"}));
+        QCOMPARE(groups.at(1).evidenceSummary, QStringLiteral("Related files in 4 locations: Caches, Preferences."));
         QCOMPARE(groups.at(0).totalSize(), 0);
     }
 
@@ -286,9 +162,7 @@ private Q_SLOTS:
     {
         for (int i = 0; i < 600; ++i)
             writeFile(lib(QStringLiteral("Containers/com.example.many/f%1").arg(i)), "x");
-        const QList<OrphanedAppGroup> groups = scan();
-        QCOMPARE(groups.size(), 1);
-        QCOMPARE(groups.constFirst().totalSize(), 500);
+        QCOMPARE(OrphanedLeftoverScannerService::scan().result().constFirst().totalSize(), 500);
     }
 };
 
