@@ -20,6 +20,12 @@ Q_IMPORT_QML_PLUGIN(KestrunePlugin)
 
 int main(int argc, char *argv[])
 {
+    // Pictures need no display: unless a platform is named, the tour draws off screen.
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if ((argument == "--screenshot" || argument.startsWith("--screenshot=")) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Kestrune"));
     QGuiApplication::setApplicationVersion(QStringLiteral(KESTRUNE_VERSION));
