@@ -121,16 +121,17 @@ Item {
         }
 
         function test_warningBannerShowsTheFirstFiveFailures() {
-            harness.syntheticItems = 7
+            // The bundle itself is among the ticked items, so no rescan follows to clear the report.
             const detail = makeDetail(true)
             const model = detail.viewModel
-            selectAndScan(detail, "Go.app")
+            selectAndScan(detail, "Acme Notes.app")
             model.selectAll()
-            compare(model.selectedItems.count, 7)
+            const ticked = model.selectedItems.count
+            verify(ticked > 5)
             verify(named(detail, "warningBanner").length === 0)
             model.deleteSelectedItems()
             tryVerify(() => model.lastDeletionReport.valid && !model.isDeleting, 10000)
-            compare(model.lastDeletionReport.failedCount, 7)
+            compare(model.lastDeletionReport.failedCount, ticked)
             tryVerify(() => named(detail, "warningBanner").length === 1)
             verify(shownText(detail, "Some items could not be removed"))
             const lines = named(detail, "failureLine")
