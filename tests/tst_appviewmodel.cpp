@@ -58,6 +58,17 @@ struct Fakes {
     }
 };
 
+// A task that has already ended (makeReadyFuture would split a list into many results).
+template<typename T>
+QFuture<T> finished(const T &value)
+{
+    QPromise<T> promise;
+    promise.start();
+    promise.addResult(value);
+    promise.finish();
+    return promise.future();
+}
+
 InstalledApp app(const QString &name)
 {
     const QString path = QStringLiteral("/Applications/%1.app").arg(name);
@@ -181,6 +192,31 @@ private Q_SLOTS:
         QCOMPARE(model().scanResult(), resultOf(alpha, 3));
         QCOMPARE(model().selectedApp(), beta);
         QCOMPARE(status(), QStringLiteral("Found 4 related items (3 KB)."));
+    }
+
+    void tasksDoneBeforeTheCallReturnsStillShowTheirProgress()
+    {
+        // A task can end on its worker before the model attaches to it; the "under way" state must
+        // still be there when the call returns, and the result must follow.
+        const QList<OrphanedAppGroup> groups{group(QStringLiteral("Gone"), OrphanConfidence::high)};
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        AppViewModelServices services = fakes().services();
+        services.discoverInstalledApps = [alpha] { return finished(QList<InstalledApp>{alpha}); };
+        services.scanApp = [alpha](const InstalledApp &) { return finished(resultOf(alpha, 2)); };
+        services.scanRemovedApps = [groups] { return finished(groups); };
+        AppViewModel ready(services);
+
+        ready.loadApps();
+        QVERIFY(ready.isLoadingApps());
+        QTRY_VERIFY(!ready.isLoadingApps() && ready.selectedApp() == alpha);
+        ready.scanSelectedApp();
+        QVERIFY(ready.isScanning());
+        QTRY_COMPARE(ready.scanResult(), resultOf(alpha, 2));
+        ready.switchSidebarMode(SidebarMode::Removed);
+        QVERIFY(ready.isScanningOrphans());
+        QCOMPARE(ready.statusMessage(), QStringLiteral("Scanning Library for leftovers from removed apps…"));
+        QTRY_COMPARE(ready.selectedOrphan(), groups.at(0));
+        QVERIFY(!ready.isScanningOrphans());
     }
 
     void removedScanStatus_data()

@@ -13,6 +13,8 @@
 
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <memory>
+
 namespace {
 
 // A bundle is read only when it is a folder that can be listed: a plain file or an unreadable folder
@@ -97,20 +99,31 @@ AppViewModel::AppViewModel(AppViewModelServices services, QObject *parent)
 template<typename T, typename Apply>
 void AppViewModel::whenDone(QFuture<T> future, Apply apply)
 {
+    // A task that finished before the continuation was attached has it run inside this call, which
+    // would skip the "under way" state the caller has just shown; such a result waits for the next
+    // event instead. Only the main thread touches the flag.
+    auto attaching = std::make_shared<bool>(true);
+    const auto deliver = [this, apply, attaching](T value) {
+        if (*attaching)
+            QMetaObject::invokeMethod(this, [apply, value = std::move(value)] { apply(value); }, Qt::QueuedConnection);
+        else
+            apply(value);
+    };
     // Taking the future itself lets a failed task reach the continuation; a cancelled one skips it
     // and lands in onCanceled instead.
     future
         .then(this,
-              [apply](QFuture<T> finished) {
+              [deliver](QFuture<T> finished) {
                   T value{};
                   try {
                       if (!finished.isCanceled() && finished.resultCount() > 0)
                           value = finished.result();
                   } catch (...) {
                   }
-                  apply(value);
+                  deliver(std::move(value));
               })
-        .onCanceled(this, [apply] { apply(T{}); });
+        .onCanceled(this, [deliver] { deliver(T{}); });
+    *attaching = false;
 }
 
 // ---- Field assignments ----
