@@ -316,3 +316,16 @@ void ScreenshotTour::start(QQmlApplicationEngine &engine, const QString &folder)
     auto *tour = new Tour(window, folder, &engine);
     QTimer::singleShot(0, tour, [tour] { tour->begin(); });
 }
+
+AppViewModelServices ScreenshotTour::idleServices()
+{
+    AppViewModelServices services;
+    services.discoverInstalledApps = [] {
+        QPromise<QList<InstalledApp>> none;
+        none.start();
+        none.finish();
+        return none.future();
+    };
+    services.checkForUpdate = [] { return QtFuture::makeReadyFuture(std::optional<AppUpdateInfo>()); };
+    return services;
+}

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "state/AppViewModel.h"
+
 #include <QString>
 
 class QQmlApplicationEngine;
@@ -12,5 +14,9 @@ namespace ScreenshotTour {
 // with 0 when done, or with 1 and a message on stderr when a step does not finish in time. Nothing is
 // ever moved to the Trash.
 void start(QQmlApplicationEngine &engine, const QString &folder);
+
+// For the window's own state object until the tour swaps in its own: it finds no apps and offers no
+// update, so the tour starts nothing real on the network or the disk.
+AppViewModelServices idleServices();
 
 } // namespace ScreenshotTour

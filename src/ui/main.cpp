@@ -50,7 +50,7 @@ int main(int argc, char *argv[])
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
-    AppViewModel viewModel;
+    AppViewModel viewModel(parser.isSet(screenshot) ? ScreenshotTour::idleServices() : AppViewModelServices());
     QQmlApplicationEngine engine;
     KestruneQml::prepareEngine(engine);
     engine.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)}});
