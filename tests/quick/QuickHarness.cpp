@@ -4,7 +4,11 @@
 #include "TestSupport.h"
 #include "state/AppViewModel.h"
 
+#include <QImage>
+#include <QMimeData>
 #include <QPromise>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QQmlEngine>
 #include <QTemporaryDir>
 #include <cstdio>
@@ -103,4 +107,52 @@ QString QuickHarness::applicationPath(const QString &bundleName) const
 QUrl QuickHarness::applicationUrl(const QString &bundleName) const
 {
     return QUrl::fromLocalFile(applicationPath(bundleName));
+}
+
+namespace {
+
+QPointF centreInWindow(const QQuickItem *item)
+{
+    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+}
+
+} // namespace
+
+bool QuickHarness::dragOver(QQuickItem *item, const QVariantMap &data)
+{
+    m_dragData = std::make_unique<QMimeData>();
+    if (data.contains(QStringLiteral("urls"))) {
+        QList<QUrl> urls;
+        for (const QVariant &url : data.value(QStringLiteral("urls")).toList())
+            urls.append(url.toUrl());
+        m_dragData->setUrls(urls);
+    }
+    if (data.contains(QStringLiteral("text")))
+        m_dragData->setText(data.value(QStringLiteral("text")).toString());
+    if (data.value(QStringLiteral("image")).toBool()) {
+        QImage image(8, 8, QImage::Format_ARGB32);
+        image.fill(Qt::red);
+        m_dragData->setImageData(image);
+    }
+    const QPoint where = centreInWindow(item).toPoint();
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    QDragEnterEvent enter(where, actions, m_dragData.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &enter);
+    QDragMoveEvent move(where + QPoint(1, 1), actions, m_dragData.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &move);
+    return enter.isAccepted() && move.isAccepted();
+}
+
+bool QuickHarness::dropOn(QQuickItem *item)
+{
+    QDropEvent drop(centreInWindow(item), Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, m_dragData.get(),
+                    Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &drop);
+    return drop.isAccepted();
+}
+
+void QuickHarness::dragAway(QQuickItem *item)
+{
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(item->window(), &leave);
 }

@@ -8,6 +8,8 @@
 
 #include <memory>
 
+class QMimeData;
+class QQuickItem;
 class QTemporaryDir;
 
 // Hands the Qt Quick tests real state objects on one sample Mac. Discovery, scans and dropped bundles
@@ -39,11 +41,19 @@ public:
     Q_INVOKABLE QString applicationPath(const QString &bundleName) const;
     Q_INVOKABLE QUrl applicationUrl(const QString &bundleName) const;
 
+    // A drag from another program, delivered through the item's window as the platform delivers it:
+    // enter and move over the item's centre, then a drop or a leave. The data may hold "urls" (a list),
+    // "text" and "image" (true). Each returns whether the window accepted the event.
+    Q_INVOKABLE bool dragOver(QQuickItem *item, const QVariantMap &data);
+    Q_INVOKABLE bool dropOn(QQuickItem *item);
+    Q_INVOKABLE void dragAway(QQuickItem *item);
+
 Q_SIGNALS:
     void changed();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<QMimeData> m_dragData;
     QString m_offeredVersion;
     int m_trashRuns = 0;
     QUrl m_lastOpenedUrl;

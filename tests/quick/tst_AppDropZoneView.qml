@@ -7,14 +7,14 @@ Item {
     id: root
     width: 640; height: 420
 
-    Component { id: zoneComponent; AppDropZoneView { width: 560 } }
-    // A drag source that carries whatever MIME data a case gives it.
     Component {
-        id: dragComponent
-        Rectangle {
-            width: 20; height: 20
-            Drag.dragType: Drag.Internal
-            Drag.hotSpot: Qt.point(10, 10)
+        id: zoneComponent
+        AppDropZoneView {
+            id: zone
+            width: 560
+            property var viewModel
+            isProcessing: viewModel.isDropProcessing
+            onAppDropped: (url) => viewModel.handleDroppedApp(url)
         }
     }
 
@@ -37,32 +37,42 @@ Item {
             verify(!findChild(zone, "dropProgress").visible)
         }
 
-        function test_takesTheFirstFileUrl() {
+        // Real drag events through the window, as another program's drag arrives.
+        function test_realDragOfAnApp() {
             const zone = makeZone(false)
-            verify(zone.handleDrop(["https://example.com/page", harness.applicationUrl("Zeta Tools.app"),
-                                    harness.applicationUrl("Brightline.app")]))
+            const target = findChild(zone, "dropTarget")
+            verify(!zone.isTargeted)
+            verify(harness.dragOver(target, {urls: ["https://example.com/page", harness.applicationUrl("Zeta Tools.app"),
+                                                    harness.applicationUrl("Brightline.app")]}))
+            verify(zone.isTargeted)
+            compare(findChild(zone, "dropArea").border.width, 2)
+            verify(harness.dropOn(target))
+            verify(!zone.isTargeted)
             tryVerify(() => zone.viewModel.selectedApp.valid && zone.viewModel.selectedApp.name === "Zeta Tools", 10000)
         }
 
-        function test_refusesDropsWithoutAFileUrl_data() {
-            return [{tag: "web link", urls: ["https://example.com/Zeta.app"]}, {tag: "nothing", urls: []}]
-        }
-        function test_refusesDropsWithoutAFileUrl(data) {
-            const zone = makeZone(false)
-            verify(!zone.handleDrop(data.urls))
+        function test_dragLeavingRestoresTheIdleLook() {
+            const zone = makeZone(true)
+            const target = findChild(zone, "dropTarget")
+            verify(harness.dragOver(target, {urls: [harness.applicationUrl("Zeta Tools.app")]}))
+            verify(zone.isTargeted)
+            harness.dragAway(target)
+            verify(!zone.isTargeted)
+            compare(findChild(zone, "dropArea").border.width, 0)
             verify(!zone.viewModel.isDropProcessing)
-            verify(!zone.viewModel.selectedApp.valid)
         }
 
-        function test_dragOfTextIsRefused() {
+        function test_dragsWithoutAFileUrlAreRefused_data() {
+            return [{tag: "text", data: {text: "/Applications/Zeta Tools.app"}},
+                    {tag: "image", data: {image: true}},
+                    {tag: "web link", data: {urls: ["https://example.com/Zeta.app"], text: "Zeta"}}]
+        }
+        function test_dragsWithoutAFileUrlAreRefused(data) {
             const zone = makeZone(false)
             const target = findChild(zone, "dropTarget")
-            const source = createTemporaryObject(dragComponent, root, {"Drag.mimeData": {"text/plain": "hello"}})
-            source.x = zone.width / 2; source.y = 40
-            source.Drag.active = true
-            verify(!target.containsDrag || !target.hasFileUrl)
+            verify(!harness.dragOver(target, data.data))
             verify(!zone.isTargeted)
-            source.Drag.drop()
+            verify(!harness.dropOn(target))
             verify(!zone.viewModel.isDropProcessing)
             verify(!zone.viewModel.selectedApp.valid)
         }

@@ -6,9 +6,11 @@ import QtQuick.Shapes
 
 ColumnLayout {
     id: zone
-    required property var viewModel
     property bool compact: false
-    property bool isTargeted: dropArea.containsDrag && dropArea.hasFileUrl
+    // Shows the progress line under the zone while a dropped app is being read.
+    property bool isProcessing: false
+    readonly property bool isTargeted: dropArea.containsDrag && dropArea.hasFileUrl
+    signal appDropped(url url)
     spacing: compact ? 10 : 14
 
     // The first file URL of a drop, or none; text and images without one are refused.
@@ -24,7 +26,7 @@ ColumnLayout {
         const url = firstFileUrl(urls)
         if (url === null)
             return false
-        viewModel.handleDroppedApp(url)
+        zone.appDropped(url)
         return true
     }
 
@@ -102,9 +104,19 @@ ColumnLayout {
             id: dropArea
             objectName: "dropTarget"
             anchors.fill: parent
-            readonly property bool hasFileUrl: !!(drag.hasUrls && zone.firstFileUrl(drag.urls) !== null)
-            onEntered: (drag) => { if (!hasFileUrl) drag.accepted = false }
+            // The URLs travel on the event only: DropArea's own drag group has none, so the verdict of
+            // the entering event is kept for the hover look.
+            property bool hasFileUrl: false
+            onEntered: (drag) => {
+                hasFileUrl = drag.hasUrls && zone.firstFileUrl(drag.urls) !== null
+                if (hasFileUrl)
+                    drag.acceptProposedAction()
+                else
+                    drag.accepted = false
+            }
+            onExited: hasFileUrl = false
             onDropped: (drop) => {
+                hasFileUrl = false
                 if (zone.handleDrop(drop.urls))
                     drop.acceptProposedAction()
                 else
@@ -115,7 +127,7 @@ ColumnLayout {
 
     RowLayout {
         objectName: "dropProgress"
-        visible: zone.viewModel.isDropProcessing
+        visible: zone.isProcessing
         spacing: 10
         BusyIndicator { implicitWidth: 18; implicitHeight: 18; running: parent.visible }
         Text { text: "Scanning dropped app…"; font.pixelSize: AppTheme.caption; color: AppTheme.primary }

@@ -70,7 +70,8 @@ Item {
                 AppDropZoneView {
                     Layout.alignment: Qt.AlignHCenter
                     Layout.preferredWidth: Math.min(parent.width - 80, 560)
-                    viewModel: detail.viewModel
+                    isProcessing: detail.viewModel.isDropProcessing
+                    onAppDropped: (url) => detail.viewModel.handleDroppedApp(url)
                 }
             }
         }
@@ -153,7 +154,8 @@ Item {
                 AppDropZoneView {
                     Layout.fillWidth: true
                     compact: true
-                    viewModel: detail.viewModel
+                    isProcessing: detail.viewModel.isDropProcessing
+                    onAppDropped: (url) => detail.viewModel.handleDroppedApp(url)
                 }
                 HeroCard {
                     Layout.fillWidth: true
