@@ -305,6 +305,65 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), result.items);
     }
 
+    // A tick changes one row's isSelected and its section's counts, announced as such: the views
+    // redraw a row only on its own dataChanged.
+    void tickingAnnouncesTheChangedRows()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const ScanResult result = resultOf(alpha, 2);
+        loadAndScan({alpha}, result);
+        QSignalSpy rows(model().activeItemsModel(), &QAbstractItemModel::dataChanged);
+        QSignalSpy sections(model().activeCategoriesModel(), &QAbstractItemModel::dataChanged);
+        model().toggleItemSelection(result.items.at(2).id);
+        const auto changedRows = [](const QSignalSpy &spy, int role) {
+            QSet<int> changed;
+            for (const QList<QVariant> &signal : spy) {
+                const QList<int> roles = signal.at(2).value<QList<int>>();
+                if (!roles.isEmpty() && !roles.contains(role))
+                    continue;
+                for (int row = signal.at(0).toModelIndex().row(); row <= signal.at(1).toModelIndex().row(); ++row)
+                    changed.insert(row);
+            }
+            return changed;
+        };
+        QVERIFY(changedRows(rows, int(LeftoverItemListModel::Role::isSelected)).contains(2));
+        QVERIFY(!model().activeItemsModel()->index(2).data(int(LeftoverItemListModel::Role::isSelected)).toBool());
+        QVERIFY(changedRows(sections, int(CategorySectionListModel::Role::selectedCount)).contains(1));
+    }
+
+    // The sidebar search matches names and bundle identifiers, ignoring letter case, in both modes.
+    void searchMatchesNamesAndIdentifiers_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("apps");
+        QTest::addColumn<QStringList>("groups");
+        QTest::newRow("name") << "alp" << QStringList{"Alpha"} << QStringList{"Alpha Gone"};
+        QTest::newRow("identifier only") << "COM.EXAMPLE.B" << QStringList{"Beta"} << QStringList{"Beta Gone"};
+        QTest::newRow("vendor of both") << "example" << QStringList{"Alpha", "Beta"} << QStringList{"Alpha Gone", "Beta Gone"};
+        QTest::newRow("nothing") << "zzz" << QStringList{} << QStringList{};
+    }
+    void searchMatchesNamesAndIdentifiers()
+    {
+        QFETCH(QString, text);
+        QFETCH(QStringList, apps);
+        QFETCH(QStringList, groups);
+        loadAndScan({app(QStringLiteral("Alpha")), app(QStringLiteral("Beta"))}, resultOf(app(QStringLiteral("Alpha")), 0));
+        OrphanedAppGroup alphaGone = group(QStringLiteral("Alpha Gone"), OrphanConfidence::high);
+        alphaGone.bundleIdentifier = QStringLiteral("com.example.AlphaGone");
+        OrphanedAppGroup betaGone = group(QStringLiteral("Beta Gone"), OrphanConfidence::high);
+        betaGone.bundleIdentifier = QStringLiteral("com.example.BetaGone");
+        enterRemovedMode({alphaGone, betaGone});
+        model().setSearchText(text);
+        const auto names = [](QAbstractItemModel *list, int role) {
+            QStringList shown;
+            for (int row = 0; row < list->rowCount(); ++row)
+                shown.append(list->index(row, 0).data(role).toString());
+            return shown;
+        };
+        QCOMPARE(names(model().filteredAppsModel(), int(InstalledAppListModel::Role::name)), apps);
+        QCOMPARE(names(model().filteredOrphansModel(), int(OrphanGroupListModel::Role::displayName)), groups);
+    }
+
     void deletionOutcome_data()
     {
         QTest::addColumn<int>("moved");

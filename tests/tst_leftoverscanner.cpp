@@ -89,7 +89,9 @@ private Q_SLOTS:
         const Category absent = Category::application;
         row("~/Library/Application Support/My App", Category::applicationSupport);
         row("~/Library/Caches/MyAppFile", Category::caches);
+        row("~/Library/Preferences/com.example.MyApp.plist", Category::preferences);
         row("~/Library/Preferences/com.example.MyApp.plist.lockfile", Category::preferences);
+        row("/Library/Preferences/com.example.MyApp.plist", Category::preferences);
         row("~/Library/Preferences/ByHost/com.example.MyApp.ABCDEF.plist", Category::preferences);
         row("~/Library/Preferences/ByHost/com.example.MyAppX.plist", absent);
         row("~/Library/Preferences/ByHost/com.example.myapp.AB.plist", absent);
@@ -160,6 +162,32 @@ private Q_SLOTS:
                                       row("/Users/ann/Library/Group Containers/group.x/db", Category::groupContainers),
                                       row("/Users/ann/Library/LaunchAgents/com.example.MyApp.plist", Category::launchAgents)}));
         QCOMPARE(TestSupport::readBytes(m_root + QStringLiteral("/query")), QByteArray("kMDItemCFBundleIdentifier == 'com.example.MyApp'"));
+    }
+
+    // A Spotlight path that holds two Library folder names is filed by the one the fragment table
+    // lists first; every pair of fragments is tried, so no two rows can trade places unnoticed.
+    void spotlightFragmentsKeepTheirOrder()
+    {
+        const QList<std::pair<const char *, Category>> fragments = {
+            {"Containers", Category::containers}, {"Group Containers", Category::groupContainers},
+            {"Caches", Category::caches}, {"Preferences", Category::preferences},
+            {"Application Support", Category::applicationSupport}, {"Logs", Category::logs},
+            {"LaunchAgents", Category::launchAgents}, {"LaunchDaemons", Category::launchDaemons},
+            {"PrivilegedHelperTools", Category::privilegedHelperTools}, {"Saved Application State", Category::savedState}};
+        QHash<QString, Category> expected;
+        for (qsizetype first = 0; first < fragments.size(); ++first) {
+            for (qsizetype second = first + 1; second < fragments.size(); ++second) {
+                // The later row's folder comes first in the path, so path order cannot stand in for row order.
+                const QString path = at(QStringLiteral("/Volumes/Spot/%1/a/%2/b").arg(QLatin1String(fragments.at(second).first),
+                                                                                      QLatin1String(fragments.at(first).first)));
+                TestSupport::writeFile(path, "x");
+                expected.insert(path, fragments.at(first).second);
+            }
+        }
+        installMdfind(expected.keys().join(QLatin1Char('\n')).toUtf8());
+        const auto found = scan(makeApp(QStringLiteral("Spot.app"), QStringLiteral("Spot"), QStringLiteral("com.example.spot")));
+        for (auto it = expected.cbegin(); it != expected.cend(); ++it)
+            QCOMPARE(found.value(it.key(), Category::application), it.value());
     }
 
     // A quote makes the query malformed; the failing tool's output must not be taken.
