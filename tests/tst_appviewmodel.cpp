@@ -40,6 +40,8 @@ struct Fakes {
     HeldTasks<DeletionReport> trashRuns;
     QList<QList<LeftoverItem>> trashedItems;
     HeldTasks<std::optional<AppUpdateInfo>> updateChecks;
+    HeldTasks<RestoreReport> putBacks;
+    QList<QList<TrashedItem>> putBackItems;
     int sounds = 0;
 
     // The dropped-bundle reader stays real: the drop cases build bundles in a temporary folder.
@@ -50,6 +52,7 @@ struct Fakes {
         s.scanApp = [this](const InstalledApp &app) { scannedApps.append(app); return scans.start(); };
         s.scanRemovedApps = [this] { return removedScans.start(); };
         s.moveToTrash = [this](const QList<LeftoverItem> &items) { trashedItems.append(items); return trashRuns.start(); };
+        s.putBack = [this](const QList<TrashedItem> &items) { putBackItems.append(items); return putBacks.start(); };
         s.playDeletionComplete = [this] { ++sounds; };
         s.checkForUpdate = [this] { return updateChecks.start(); };
         s.currentVersion = [] { return QStringLiteral("1.2.0"); };
@@ -445,6 +448,56 @@ private Q_SLOTS:
         fakes().removedScans.finish(2, {});
         QVERIFY(model().selectedItems().isEmpty() && model().lastDeletionReport());
         QCOMPARE(status(), QStringLiteral("All leftovers for that app were removed."));
+    }
+
+    // A removal can be put back until the next one; what stays in the Trash can be tried again, and the
+    // lists catch up without hiding the outcome behind a scan's own status line.
+    void putBack()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const ScanResult result = resultOf(alpha, 3);
+        loadAndScan({alpha}, result);
+        QVERIFY(!model().canPutBack());
+        model().putBackLastRemoval();
+        QCOMPARE(fakes().putBacks.count(), 0);
+
+        model().toggleSelection(result.items.at(0));
+        model().deleteSelectedItems();
+        const QList<LeftoverItem> leftovers = result.items.mid(1);
+        const QStringList trashed{"/T/files/2", "/T/files/1", "/T/files/0"};
+        QSignalSpy canPutBack(&model(), &AppViewModel::canPutBackChanged);
+        fakes().trashRuns.finish(0, DeletionReport{leftovers, {}, trashed});
+        QVERIFY(model().canPutBack() && canPutBack.count() == 1);
+        fakes().discovery.finish(1, {alpha});
+        fakes().scans.finish(1, resultOf(alpha, 0));
+        QVERIFY(model().canPutBack()); // the rescan's status line does not end the offer
+
+        model().putBackLastRemoval();
+        model().putBackLastRemoval(); // one at a time
+        QVERIFY(model().isPuttingBack());
+        QCOMPARE(status(), QStringLiteral("Putting back 3 items…"));
+        QCOMPARE(fakes().putBackItems.size(), 1);
+        const QList<TrashedItem> sent = fakes().putBackItems.at(0);
+        QCOMPARE(sent.size(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(sent.at(i), (TrashedItem{leftovers.at(i), trashed.at(i)}));
+
+        fakes().putBacks.finish(0, RestoreReport{leftovers.mid(0, 2), {{leftovers.at(2), QStringLiteral("Something else is there")}}});
+        QVERIFY(!model().isPuttingBack() && model().canPutBack());
+        QCOMPARE(model().lastRemoval(), (QList<TrashedItem>{sent.at(2)}));
+        QCOMPARE(model().lastPutBackReportValue().failedCount, 1);
+        const QString outcome = QStringLiteral("Put back 2 items. 1 could not be put back.");
+        QCOMPARE(status(), outcome);
+        fakes().discovery.finish(2, {alpha});
+        QCOMPARE(fakes().scannedApps.size(), 3);
+        fakes().scans.finish(2, resultOf(alpha, 2));
+        QCOMPARE(model().selectedItems(), resultOf(alpha, 2).items);
+        QCOMPARE(status(), outcome);
+
+        // The next removal replaces the offer, even one that moved nothing.
+        model().deleteSelectedItems();
+        fakes().trashRuns.finish(1, DeletionReport{{}, {{result.items.at(0), QStringLiteral("Busy")}}});
+        QVERIFY(!model().canPutBack() && !model().lastPutBackReport());
     }
 
     // Dropped while the removed mode shows a group and a search is typed. A document is refused by

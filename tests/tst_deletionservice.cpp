@@ -4,10 +4,12 @@
 #include "TestSupport.h"
 
 #include "platform/NativePath.h"
+#include "platform/Trash.h"
 #include "services/DeletionService.h"
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -147,6 +149,124 @@ private Q_SLOTS:
             restored.append(NativePath::decode(entry.originalPath) + QLatin1Char('=') + readBytes(homeTrash() + "/files/" + entry.name));
         restored.sort();
         QCOMPARE(restored, (QStringList{first + "=first", first + "=third", second + "=second"}));
+    }
+
+    // Everything a run moved comes back byte for byte, folders before what they held, and the Trash
+    // keeps no record of it.
+    void putBackRestoresEverything()
+    {
+        const QString data = write(QStringLiteral("Support/App/data.bin"), QByteArray("\0\1binary", 8));
+        const QString nested = write(QStringLiteral("Support/App/sub/x"), "x");
+        const QString folder = m_root + QStringLiteral("/Support/App");
+        const QString odd = write(NativePath::decode(QByteArray("caf\xe9 \xff.plist")), "odd");
+        const QString kept = write(QStringLiteral("kept.txt"), "K");
+        const QString link = m_root + QStringLiteral("/link0");
+        makeSymlink(kept, link);
+        const DeletionReport report = DeletionService::moveToTrash({item(folder), item(data), item(odd), item(link)});
+        QVERIFY(report.failed.isEmpty());
+        QCOMPARE(report.trashedPaths.size(), 4);
+        for (const QString &trashed : report.trashedPaths)
+            QVERIFY2(trashed.startsWith(homeTrash() + QStringLiteral("/files/")), qPrintable(trashed));
+
+        const RestoreReport restored = DeletionService::putBack(DeletionService::trashedItems(report));
+        QVERIFY2(restored.failed.isEmpty(), qPrintable(restored.failed.value(0).second));
+        QCOMPARE(paths(restored.restored), (QStringList{link, folder, odd, data}));
+        QCOMPARE(readBytes(data), QByteArray("\0\1binary", 8));
+        QCOMPARE(readBytes(nested), QByteArray("x"));
+        QCOMPARE(readBytes(odd), QByteArray("odd"));
+        QCOMPARE(QFileInfo(link).symLinkTarget(), kept);
+        QVERIFY(trashedIn(homeTrash()).isEmpty());
+        QCOMPARE(QDir(homeTrash() + QStringLiteral("/files")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System), QStringList());
+    }
+
+    // A path taken again, or an entry the Trash no longer holds as coming from there: nothing moves.
+    void putBackOverwritesNothing()
+    {
+        const QString file = write(QStringLiteral("Prefs/com.example.plist"), "old");
+        const QString other = write(QStringLiteral("Prefs/other.plist"), "other");
+        const DeletionReport report = DeletionService::moveToTrash({item(file), item(other)});
+        QCOMPARE(report.deleted.size(), 2);
+        write(QStringLiteral("Prefs/com.example.plist"), "new");
+        QList<TrashedItem> items = DeletionService::trashedItems(report);
+        items.append({item(m_root + QStringLiteral("/Prefs/stranger.plist")), items.at(1).trashedPath}); // recorded for other
+        items.append({item(m_root + QStringLiteral("/Prefs/unknown.plist")), QString()});
+        const RestoreReport restored = DeletionService::putBack(items);
+        QCOMPARE(paths(restored.restored), QStringList{other});
+        QCOMPARE(restored.failed.size(), 3);
+        for (const auto &failure : restored.failed)
+            QVERIFY2(!failure.second.isEmpty(), qPrintable(failure.first.path()));
+        QCOMPARE(restored.failed.at(2).first.path(), file);
+        QVERIFY(restored.failed.at(2).second.contains(QStringLiteral("Something else")));
+        QCOMPARE(readBytes(file), QByteArray("new"));
+        QCOMPARE(readBytes(other), QByteArray("other"));
+        QCOMPARE(readBytes(trashedCopy(homeTrash(), file)), QByteArray("old"));
+        QVERIFY(!QFileInfo::exists(m_root + QStringLiteral("/Prefs/stranger.plist")));
+    }
+
+    // The same path trashed twice within a second: the later one is the newest.
+    void newestEntryOfAPath()
+    {
+        const QString file = write(QStringLiteral("Caches/state"), "first");
+        QVERIFY(!Trash::newestEntry(file));
+        QVERIFY(DeletionService::moveToTrash({item(file)}).failed.isEmpty());
+        write(QStringLiteral("Caches/state"), "second");
+        QVERIFY(DeletionService::moveToTrash({item(file)}).failed.isEmpty());
+        const std::optional<QString> newest = Trash::newestEntry(file);
+        QVERIFY(newest);
+        QCOMPARE(readBytes(*newest), QByteArray("second"));
+        QVERIFY(!Trash::newestEntry(m_root + QStringLiteral("/Caches/other")));
+    }
+
+    // GIO moves the item but writes an empty record when the Trash's disk is full; without the record
+    // nothing could restore it, so it must come back and be reported.
+    void fullDiskLeavesItemsInPlace()
+    {
+        if (!runningAsRoot())
+            QSKIP("needs root to mount a small file system");
+        QTemporaryDir scratch;
+        const QString image = scratch.filePath(QStringLiteral("disk.img"));
+        const QString mountPoint = scratch.filePath(QStringLiteral("mnt"));
+        makeFolder(mountPoint);
+        QCOMPARE(runProgram(QStringLiteral("truncate"), {"-s", "4M", image}).exitCode, 0);
+        QCOMPARE(runProgram(QStringLiteral("mkfs.ext4"), {"-q", "-m", "0", image}).exitCode, 0);
+        const Run mounted = runProgram(QStringLiteral("mount"), {"-o", "loop", image, mountPoint});
+        if (mounted.exitCode != 0)
+            QSKIP(qPrintable(QStringLiteral("mount is not available here: ") + QString::fromLocal8Bit(mounted.err)));
+        const auto unmount = qScopeGuard([&] { (void)runProgram(QStringLiteral("umount"), {mountPoint}); });
+
+        const QString trash = mountPoint + QStringLiteral("/.Trash-0");
+        makeFolder(trash + QStringLiteral("/files"));
+        makeFolder(trash + QStringLiteral("/info"));
+        QVERIFY(::chmod(QFile::encodeName(trash).constData(), 0700) == 0);
+        const QString file = mountPoint + QStringLiteral("/Caches/data");
+        const QString folder = mountPoint + QStringLiteral("/Support/App");
+        writeFile(file, "payload");
+        writeFile(folder + QStringLiteral("/inner"), "inner");
+        (void)runProgram(QStringLiteral("dd"), {"if=/dev/zero", "of=" + mountPoint + "/filler", "bs=4096"});
+        ::sync();
+
+        const DeletionReport report = DeletionService::moveToTrash({item(file), item(folder)});
+        QVERIFY(report.deleted.isEmpty());
+        QCOMPARE(report.failed.size(), 2);
+        for (const auto &failure : report.failed)
+            QVERIFY2(failure.second.contains(QStringLiteral("could not record")), qPrintable(failure.second));
+        QCOMPARE(readBytes(file), QByteArray("payload"));
+        QCOMPARE(readBytes(folder + QStringLiteral("/inner")), QByteArray("inner"));
+        const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
+        QCOMPARE(QDir(trash + QStringLiteral("/files")).entryList(all), QStringList());
+        QCOMPARE(QDir(trash + QStringLiteral("/info")).entryList(all), QStringList());
+    }
+
+    // Without a home folder there is no home Trash: the message says so instead of naming a missing file.
+    void missingHomeIsNamed()
+    {
+        const QString file = write(QStringLiteral("Caches/data"), "stays");
+        const QString home = m_root + QStringLiteral("/no-such-home");
+        const Run child = runProgram(QCoreApplication::applicationFilePath(), {"--trash-as-child", home, file});
+        QCOMPARE(child.exitCode, 0);
+        const QString line = QString::fromUtf8(child.out).trimmed();
+        QVERIFY2(line.startsWith("failed\t" + file + '\t') && line.contains(QStringLiteral("home folder")), qPrintable(line));
+        QCOMPARE(readBytes(file), QByteArray("stays"));
     }
 
     void parentNotWritableFailsInPlace()

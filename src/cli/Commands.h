@@ -18,6 +18,7 @@ int size(const QStringList &arguments);
 int scan(const QStringList &arguments);
 int orphans(const QStringList &arguments);
 int remove(const QStringList &arguments);
+int restore(const QStringList &arguments);
 int checkUpdate(const QStringList &arguments);
 
 // Shared by scan and remove: TARGET resolved to an app (a ".app" path, or the name or bundle identifier

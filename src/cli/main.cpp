@@ -66,6 +66,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("scan"), Commands::scan},
         {QStringLiteral("orphans"), Commands::orphans},
         {QStringLiteral("remove"), Commands::remove},
+        {QStringLiteral("restore"), Commands::restore},
         {QStringLiteral("size"), Commands::size},
         {QStringLiteral("check-update"), Commands::checkUpdate},
     };

@@ -59,10 +59,43 @@ DeletionReport moveToTrash(const QList<LeftoverItem> &items)
             continue;
         }
         QString error;
-        if (Trash::moveToTrash(item.path(), &error))
+        QString trashedPath;
+        if (Trash::moveToTrash(item.path(), &error, &trashedPath)) {
             report.deleted.append(item);
-        else
+            report.trashedPaths.append(trashedPath);
+        } else {
             report.failed.append({item, error});
+        }
+    }
+    return report;
+}
+
+QList<TrashedItem> trashedItems(const DeletionReport &report)
+{
+    QList<TrashedItem> items;
+    for (qsizetype index = 0; index < report.deleted.size(); ++index)
+        items.append({report.deleted.at(index), report.trashedPaths.value(index)});
+    return items;
+}
+
+RestoreReport putBack(const QList<TrashedItem> &items)
+{
+    // Shortest path first, the reverse of the Trash run, so a folder is back before what it held.
+    QList<std::pair<qsizetype, TrashedItem>> keyed;
+    for (const TrashedItem &entry : items)
+        keyed.append({characterCount(entry.item.path()), entry});
+    std::stable_sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+
+    RestoreReport report;
+    for (const auto &keyedEntry : keyed) {
+        const TrashedItem &entry = keyedEntry.second;
+        QString error;
+        if (entry.trashedPath.isEmpty())
+            report.failed.append({entry.item, QStringLiteral("Where the Trash keeps this item is not known.")});
+        else if (Trash::putBack(entry.trashedPath, entry.item.path(), &error))
+            report.restored.append(entry.item);
+        else
+            report.failed.append({entry.item, error});
     }
     return report;
 }

@@ -67,6 +67,9 @@ AppViewModelServices AppViewModelServices::real()
     services.moveToTrash = [](const QList<LeftoverItem> &items) {
         return QtConcurrent::run([items] { return DeletionService::moveToTrash(items); });
     };
+    services.putBack = [](const QList<TrashedItem> &items) {
+        return QtConcurrent::run([items] { return DeletionService::putBack(items); });
+    };
     services.playDeletionComplete = [] { SoundService::playDeletionComplete(); };
     services.checkForUpdate = [] { return UpdateCheckService::checkForUpdate(); };
     services.currentVersion = [] { return UpdateCheckService::currentVersion(); };
@@ -89,6 +92,7 @@ AppViewModel::AppViewModel(AppViewModelServices services, QObject *parent)
     fill(m_services.scanApp, real.scanApp);
     fill(m_services.scanRemovedApps, real.scanRemovedApps);
     fill(m_services.moveToTrash, real.moveToTrash);
+    fill(m_services.putBack, real.putBack);
     fill(m_services.playDeletionComplete, real.playDeletionComplete);
     fill(m_services.checkForUpdate, real.checkForUpdate);
     fill(m_services.currentVersion, real.currentVersion);
@@ -605,6 +609,10 @@ void AppViewModel::deleteSelectedItems()
 void AppViewModel::applyDeletion(const DeletionReport &report, const DeletionContext &context)
 {
     setLastDeletionReport(report);
+    m_lastRemoval = DeletionService::trashedItems(report);
+    Q_EMIT canPutBackChanged();
+    m_lastPutBackReport.reset();
+    Q_EMIT lastPutBackReportChanged();
     setIsDeleting(false);
     const QString moved = QStringLiteral("Moved %1 items to Trash.").arg(countText(report.deleted.size()));
     if (!report.failed.isEmpty()) {
@@ -654,6 +662,72 @@ void AppViewModel::applyRescanAfterDeletion(const QList<OrphanedAppGroup> &group
                              .arg(countText(m_selectedOrphan->items.size()), m_selectedOrphan->formattedTotalSize()));
     }
     refreshDerived();
+}
+
+void AppViewModel::putBackLastRemoval()
+{
+    if (m_lastRemoval.isEmpty() || m_isPuttingBack)
+        return;
+    m_isPuttingBack = true;
+    Q_EMIT isPuttingBackChanged();
+    setStatusMessage(QStringLiteral("Putting back %1 items…").arg(countText(m_lastRemoval.size())));
+    const SidebarMode mode = m_sidebarMode;
+    whenDone(m_services.putBack(m_lastRemoval), [this, mode](const RestoreReport &report) { applyPutBack(report, mode); });
+}
+
+void AppViewModel::applyPutBack(const RestoreReport &report, SidebarMode mode)
+{
+    // What stayed in the Trash can be tried again, once its place is free.
+    QList<TrashedItem> left;
+    for (const TrashedItem &entry : std::as_const(m_lastRemoval)) {
+        if (std::any_of(report.failed.cbegin(), report.failed.cend(),
+                        [&entry](const QPair<LeftoverItem, QString> &failure) { return failure.first.id == entry.item.id; }))
+            left.append(entry);
+    }
+    m_lastRemoval = left;
+    Q_EMIT canPutBackChanged();
+    m_isPuttingBack = false;
+    Q_EMIT isPuttingBackChanged();
+    m_lastPutBackReport = report;
+    Q_EMIT lastPutBackReportChanged();
+    const QString restored = QStringLiteral("Put back %1 items.").arg(countText(report.restored.size()));
+    setStatusMessage(report.failed.isEmpty()
+                         ? restored
+                         : restored + QStringLiteral(" %1 could not be put back.").arg(countText(report.failed.size())));
+
+    // The lists catch up without a scan's own status line, so the outcome above stays readable.
+    if (mode == SidebarMode::Installed) {
+        whenDone(m_services.discoverInstalledApps(), [this](const QList<InstalledApp> &apps) {
+            setApps(apps);
+            refreshDerived();
+            if (!m_selectedApp || m_sidebarMode != SidebarMode::Installed)
+                return;
+            const InstalledApp app = *m_selectedApp;
+            whenDone(m_services.scanApp(app), [this, app](const ScanResult &result) {
+                if (!m_selectedApp || m_selectedApp->id != app.id || m_sidebarMode != SidebarMode::Installed)
+                    return;
+                setScanResult(result);
+                setSelectedItemIDs(idsOf(result.items));
+                refreshDerived();
+            });
+        });
+    } else {
+        whenDone(m_services.scanRemovedApps(), [this](const QList<OrphanedAppGroup> &groups) {
+            setOrphanedGroups(groups);
+            if (m_sidebarMode == SidebarMode::Removed)
+                applyOrphanSelection(visibleOrphans());
+            refreshDerived();
+        });
+    }
+}
+
+DeletionReportValue AppViewModel::lastPutBackReportValue() const
+{
+    if (!m_lastPutBackReport)
+        return DeletionReportValue();
+    DeletionReport failures;
+    failures.failed = m_lastPutBackReport->failed;
+    return DeletionReportValue(failures);
 }
 
 // ---- Dropped apps and updates ----

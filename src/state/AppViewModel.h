@@ -28,6 +28,7 @@ struct AppViewModelServices {
     std::function<QFuture<ScanResult>(const InstalledApp &)> scanApp;
     std::function<QFuture<QList<OrphanedAppGroup>>()> scanRemovedApps;
     std::function<QFuture<DeletionReport>(const QList<LeftoverItem> &)> moveToTrash;
+    std::function<QFuture<RestoreReport>(const QList<TrashedItem> &)> putBack;
     std::function<void()> playDeletionComplete;
     std::function<QFuture<std::optional<AppUpdateInfo>>()> checkForUpdate;
     std::function<QString()> currentVersion;
@@ -69,6 +70,11 @@ class AppViewModel : public QObject {
     Q_PROPERTY(DeletionReportValue lastDeletionReport READ lastDeletionReportValue NOTIFY lastDeletionReportChanged)
     Q_PROPERTY(UpdateValue availableUpdate READ availableUpdateValue NOTIFY availableUpdateChanged)
     Q_PROPERTY(bool isCheckingForUpdate READ isCheckingForUpdate NOTIFY isCheckingForUpdateChanged)
+    // The last removal can be put back until the next one; nothing of it is stored on disk.
+    Q_PROPERTY(bool canPutBack READ canPutBack NOTIFY canPutBackChanged)
+    Q_PROPERTY(bool isPuttingBack READ isPuttingBack NOTIFY isPuttingBackChanged)
+    // Only the failures count: {path, name, message, requiresAdmin} each.
+    Q_PROPERTY(DeletionReportValue lastPutBackReport READ lastPutBackReportValue NOTIFY lastPutBackReportChanged)
 
     // Derived lists: refilled whenever a field they depend on is assigned.
     Q_PROPERTY(OrphanGroupListModel *visibleOrphans READ visibleOrphansModel CONSTANT)
@@ -105,6 +111,10 @@ public:
     [[nodiscard]] const std::optional<DeletionReport> &lastDeletionReport() const { return m_lastDeletionReport; }
     [[nodiscard]] const std::optional<AppUpdateInfo> &availableUpdate() const { return m_availableUpdate; }
     [[nodiscard]] bool isCheckingForUpdate() const { return m_isCheckingForUpdate; }
+    [[nodiscard]] const QList<TrashedItem> &lastRemoval() const { return m_lastRemoval; }
+    [[nodiscard]] bool canPutBack() const { return !m_lastRemoval.isEmpty(); }
+    [[nodiscard]] bool isPuttingBack() const { return m_isPuttingBack; }
+    [[nodiscard]] const std::optional<RestoreReport> &lastPutBackReport() const { return m_lastPutBackReport; }
 
     void setSearchText(const QString &text);
     void setShowDeleteConfirmation(bool show);
@@ -128,6 +138,7 @@ public:
     [[nodiscard]] QString statusText() const { return m_statusMessage.value_or(QString()); }
     [[nodiscard]] bool hasStatusMessage() const { return m_statusMessage.has_value(); }
     [[nodiscard]] DeletionReportValue lastDeletionReportValue() const { return DeletionReportValue(m_lastDeletionReport); }
+    [[nodiscard]] DeletionReportValue lastPutBackReportValue() const;
     [[nodiscard]] UpdateValue availableUpdateValue() const { return UpdateValue(m_availableUpdate); }
     [[nodiscard]] OrphanGroupListModel *visibleOrphansModel() { return &m_visibleOrphansModel; }
     [[nodiscard]] InstalledAppListModel *filteredAppsModel() { return &m_filteredAppsModel; }
@@ -151,6 +162,7 @@ public:
     Q_INVOKABLE void deselectAll();
     Q_INVOKABLE void confirmDelete();
     Q_INVOKABLE void deleteSelectedItems();
+    Q_INVOKABLE void putBackLastRemoval();
 
     Q_INVOKABLE void handleDroppedApp(const QUrl &url);
     Q_INVOKABLE void checkForUpdates(bool userInitiated);
@@ -186,6 +198,9 @@ Q_SIGNALS:
     void lastDeletionReportChanged();
     void availableUpdateChanged();
     void isCheckingForUpdateChanged();
+    void canPutBackChanged();
+    void isPuttingBackChanged();
+    void lastPutBackReportChanged();
     void activeScanResultChanged();
     void selectedItemsChanged();
 
@@ -222,6 +237,7 @@ private:
     void applyDeletion(const DeletionReport &report, const DeletionContext &context);
     void applyReloadAfterDeletion(const QList<InstalledApp> &apps, const DeletionContext &context);
     void applyRescanAfterDeletion(const QList<OrphanedAppGroup> &groups);
+    void applyPutBack(const RestoreReport &report, SidebarMode mode);
     void applyDroppedApp(const std::optional<InstalledApp> &app);
     void applyDroppedAppScan(const ScanResult &result, const InstalledApp &app);
     void applyUpdateCheck(const std::optional<AppUpdateInfo> &update, bool userInitiated);
@@ -253,6 +269,9 @@ private:
     std::optional<AppUpdateInfo> m_availableUpdate;
     bool m_isCheckingForUpdate = false;
     bool m_updateDismissedForSession = false;
+    QList<TrashedItem> m_lastRemoval;
+    bool m_isPuttingBack = false;
+    std::optional<RestoreReport> m_lastPutBackReport;
 
     InstalledAppListModel m_appsModel;
     OrphanGroupListModel m_orphanedGroupsModel;

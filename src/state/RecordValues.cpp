@@ -52,6 +52,9 @@ DeletionReportValue::DeletionReportValue(const std::optional<DeletionReport> &re
         failures.append(QVariantMap{{QStringLiteral("path"), item.path()},
                                     {QStringLiteral("name"), item.name()},
                                     {QStringLiteral("message"), message},
+                                    // GIO's messages already name the path; a line names it once.
+                                    {QStringLiteral("line"), message.contains(item.path()) ? message
+                                                                 : item.path() + QStringLiteral(": ") + message},
                                     {QStringLiteral("requiresAdmin"), item.requiresAdmin()}});
     }
 }

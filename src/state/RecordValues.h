@@ -88,7 +88,7 @@ class DeletionReportValue {
     Q_PROPERTY(bool valid MEMBER valid CONSTANT)
     Q_PROPERTY(int deletedCount MEMBER deletedCount CONSTANT)
     Q_PROPERTY(int failedCount MEMBER failedCount CONSTANT)
-    // Each entry: {path, name, message, requiresAdmin}.
+    // Each entry: {path, name, message, line (the path and message for one line), requiresAdmin}.
     Q_PROPERTY(QVariantList failures MEMBER failures CONSTANT)
 public:
     DeletionReportValue() = default;

@@ -19,6 +19,8 @@ QtObject {
     readonly property color windowBackground: palette.window
     readonly property color primary: palette.windowText
     readonly property color secondary: Qt.rgba(primary.r, primary.g, primary.b, 0.55)
+    // A toolbar's material: the window tinted towards the text colour.
+    readonly property color barBackground: Qt.tint(windowBackground, Qt.rgba(primary.r, primary.g, primary.b, 0.04))
     readonly property color subtleBorder: Qt.rgba(primary.r, primary.g, primary.b, 0.08)
     readonly property color green: isDark ? "#32d74b" : "#28a745"
     readonly property color orange: isDark ? "#ff9f0a" : "#f08a00"
@@ -71,6 +73,7 @@ QtObject {
         "checkmark.square.fill": "check_box",
         "square": "check_box_outline_blank",
         "lock.fill": "lock",
+        "arrow.uturn.backward": "undo",
         "exclamationmark.triangle.fill": "warning"
     })
     function glyph(name) { return symbols[name] !== undefined ? symbols[name] : "help_outline" }

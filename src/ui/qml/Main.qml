@@ -61,20 +61,37 @@ ApplicationWindow {
                 viewModel: window.viewModel
             }
         }
+        // The status line sits on a bar of its own, as a toolbar would, below the split view.
         Rectangle {
-            objectName: "statusBanner"
+            objectName: "statusBar"
             Layout.fillWidth: true
-            Layout.leftMargin: 20; Layout.rightMargin: 20; Layout.topMargin: 10; Layout.bottomMargin: 10
-            visible: window.viewModel.hasStatusMessage
-            implicitHeight: statusRow.implicitHeight + 28
-            radius: AppTheme.cornerRadiusMedium
-            color: Qt.rgba(AppTheme.accent.r, AppTheme.accent.g, AppTheme.accent.b, 0.08)
-            RowLayout {
-                id: statusRow
-                anchors.fill: parent; anchors.margins: 14
-                spacing: 10
-                Symbol { name: "info.circle.fill"; color: AppTheme.accent }
-                Text { Layout.fillWidth: true; text: window.viewModel.statusMessage; font.pixelSize: AppTheme.subheadline; color: AppTheme.secondary; elide: Text.ElideRight }
+            visible: window.viewModel.hasStatusMessage || window.viewModel.canPutBack
+            implicitHeight: statusBanner.implicitHeight + 20
+            color: AppTheme.barBackground
+            Rectangle { width: parent.width; height: 1; color: AppTheme.subtleBorder }
+            Rectangle {
+                id: statusBanner
+                objectName: "statusBanner"
+                anchors.fill: parent
+                anchors.leftMargin: 20; anchors.rightMargin: 20; anchors.topMargin: 10; anchors.bottomMargin: 10
+                implicitHeight: statusRow.implicitHeight + 28
+                radius: AppTheme.cornerRadiusMedium
+                color: Qt.rgba(AppTheme.accent.r, AppTheme.accent.g, AppTheme.accent.b, 0.08)
+                RowLayout {
+                    id: statusRow
+                    anchors.fill: parent; anchors.margins: 14
+                    spacing: 10
+                    Symbol { name: "info.circle.fill"; color: AppTheme.accent }
+                    Text { Layout.fillWidth: true; text: window.viewModel.statusMessage; font.pixelSize: AppTheme.subheadline; color: AppTheme.secondary; elide: Text.ElideRight }
+                    DetailButton {
+                        objectName: "putBackButton"
+                        visible: window.viewModel.canPutBack
+                        enabled: !window.viewModel.isPuttingBack && !window.viewModel.isDeleting
+                        symbol: "arrow.uturn.backward"
+                        text: "Put Back"
+                        onClicked: window.viewModel.putBackLastRemoval()
+                    }
+                }
             }
         }
     }

@@ -56,6 +56,14 @@ ListView {
             visible: list.hasFailures
             report: list.viewModel.lastDeletionReport
         }
+        WarningBanner {
+            objectName: "putBackWarningBanner"
+            x: list.padding
+            width: parent.width - 2 * list.padding
+            visible: list.viewModel.lastPutBackReport.valid && list.viewModel.lastPutBackReport.failedCount > 0
+            title: "Some items could not be put back"
+            report: list.viewModel.lastPutBackReport
+        }
     }
 
     footer: Item {

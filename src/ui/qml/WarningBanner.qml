@@ -6,6 +6,7 @@ import QtQuick.Layouts
 Rectangle {
     id: banner
     property var report
+    property string title: "Some items could not be removed"
     implicitHeight: column.implicitHeight + 28
     radius: AppTheme.cornerRadiusMedium
     color: Qt.rgba(AppTheme.orange.r, AppTheme.orange.g, AppTheme.orange.b, 0.08)
@@ -17,7 +18,7 @@ Rectangle {
             spacing: 6
             Symbol { name: "exclamationmark.triangle.fill"; size: AppTheme.headline + 4; color: AppTheme.orange }
             Text {
-                text: "Some items could not be removed"
+                text: banner.title
                 font.pixelSize: AppTheme.headline; font.weight: Font.DemiBold
                 color: AppTheme.orange
             }
@@ -28,7 +29,7 @@ Rectangle {
                 objectName: "failureLine"
                 required property var modelData
                 Layout.fillWidth: true
-                text: modelData.path + ": " + modelData.message
+                text: modelData.line
                 font.pixelSize: AppTheme.caption
                 color: AppTheme.secondary
                 wrapMode: TextEdit.Wrap
