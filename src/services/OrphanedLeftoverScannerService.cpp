@@ -384,9 +384,10 @@ void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &iden
 // Application Scripts folders and cookie files join the group of the identifier that names them.
 void scanScriptsAndCookies(SearchContext &context, const GroupTable &groups, const Recorder &addItem)
 {
-    for (const auto &[folder, category] : {std::pair(QStringLiteral("Application Scripts"), LeftoverCategory::containers),
-                                           std::pair(QStringLiteral("Cookies"), LeftoverCategory::httpStorages)}) {
-        forEachEntry(context, folder, [&](const FileSystem::DirectoryEntry &entry) {
+    for (const auto &place : {std::pair(QStringLiteral("Application Scripts"), LeftoverCategory::containers),
+                              std::pair(QStringLiteral("Cookies"), LeftoverCategory::httpStorages)}) {
+        const LeftoverCategory category = place.second;
+        forEachEntry(context, place.first, [&](const FileSystem::DirectoryEntry &entry) {
             const QString stem = AppIdentityIndex::identifierStem(entry.name);
             if (category == LeftoverCategory::httpStorages && !entry.name.endsWith(QLatin1StringView(".binarycookies")))
                 return;
