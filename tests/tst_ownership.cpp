@@ -330,7 +330,7 @@ private Q_SLOTS:
         const Run why = cli({QStringLiteral("scan"), QStringLiteral("Fork"), QStringLiteral("--why")});
         QCOMPARE(why.exitCode, 0);
         QVERIFY2(why.out.contains("found by known location (matched io.forkworks.mac)")
-                     && why.out.contains("[Belongs to ForkLift, kept]") && why.out.contains("belongs to forklift: named as the app"),
+                     && why.out.contains("[Belongs to ForkLift, kept]") && why.out.contains("; Belongs to ForkLift: named as the app"),
                  why.out.constData());
 
         for (const bool include : {false, true}) {

@@ -43,7 +43,7 @@ void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
                 if (item.matched)
                     line += QStringLiteral(" (matched ") + *item.matched + QLatin1Char(')');
                 if (item.claimedBy)
-                    line += QStringLiteral("; ") + item.claimedBy->label().toLower() + QStringLiteral(": ") + item.claimedBy->reason;
+                    line += QStringLiteral("; ") + item.claimedBy->label() + QStringLiteral(": ") + item.claimedBy->reason;
                 CliSupport::printLine(QStringLiteral("     %1  %2").arg(QString(sizeWidth, QLatin1Char(' ')), line));
             }
         }
