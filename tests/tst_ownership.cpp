@@ -173,6 +173,9 @@ private Q_SLOTS:
                                                         << "Belongs to Beacon Desktop" << "named as the app";
         QTest::newRow("recent documents of every app") << "Home Tool" << lib + "Application Support/com.apple.sharedfilelist"
                                                        << "Part of macOS" << "in Apple's com.apple. namespace";
+        QTest::newRow("Apple's folder") << "Home Tool" << lib + "Application Support/Apple" << "Part of macOS" << "Apple's own folder";
+        QTest::newRow("Apple's bare namespace folder") << "Home Tool" << lib + "Application Support/com.apple" << "Part of macOS"
+                                                       << "Apple's own folder";
         QTest::newRow("system cache") << "Home Tool" << lib + "Caches/com.apple.helpd" << "Part of macOS" << "in Apple's com.apple. namespace";
         QTest::newRow("Apple's group container") << "Beacon Desktop" << lib + "Group Containers/group.com.apple.desktop" << "Part of macOS"
                                                  << "in Apple's com.apple. namespace";

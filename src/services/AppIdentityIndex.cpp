@@ -437,8 +437,12 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
             claimOnce(index.apps.at(*at), QStringLiteral("named as the app"));
     }
 
-    if (!claim && lowerStem.startsWith(QLatin1String("com.apple.")) && !(scanned && scanned->isApple))
-        claim = ItemOwner{macOS, std::nullopt, QStringLiteral("in Apple's com.apple. namespace")};
+    if (!claim && !(scanned && scanned->isApple)) {
+        if (lowerStem.startsWith(QLatin1String("com.apple.")))
+            claim = ItemOwner{macOS, std::nullopt, QStringLiteral("in Apple's com.apple. namespace")};
+        else if (lowerStem == QLatin1String("com.apple") || lowerStem == QLatin1String("apple"))
+            claim = ItemOwner{macOS, std::nullopt, QStringLiteral("Apple's own folder")};
+    }
     return claim;
 }
 
