@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Times the removed-app scan on a large generated Library against its floor: the same installed-app
-// discovery, the same folder listings, one parse of each preference file and one size of each reported
-// item, done bare in the same run. Also times the literal reading that re-parses preference files for
-// every candidate, to show what the per-scan caching saves.
+// discovery, the same folder listings, one parse of each preference file and launch item and one size
+// of each reported item, done bare in the same run (the identity index is not in the floor). Also times
+// the literal reading that re-parses preference files for every candidate, to show what the per-scan
+// caching saves.
 //
 //     orphan_scan [--root DIR] [--no-literal]
 // Without --root a large sample Mac is generated in a temporary folder; --no-literal skips the slow reading.
@@ -10,6 +11,7 @@
 #include "platform/FileSystemLayout.h"
 #include "platform/PropertyList.h"
 #include "services/AppDiscoveryService.h"
+#include "services/AppIdentityIndex.h"
 #include "services/FileSizeCalculator.h"
 #include "services/OrphanRules.h"
 
@@ -43,9 +45,17 @@ qint64 floorWork(const QStringList &itemPaths)
         }
     }
     for (const char *folder : {"Containers", "Caches", "Application Support", "Saved Application State", "WebKit",
-                               "HTTPStorages", "Group Containers"}) {
+                               "HTTPStorages", "Group Containers", "Application Scripts", "Cookies"}) {
         if (const auto entries = FileSystem::contentsOfDirectory(library + QLatin1String(folder)))
             sink += entries->size();
+    }
+    // Launch items are read whole: their program paths name the bundles they belong to.
+    for (const QString &folder : {library + QStringLiteral("LaunchAgents"), FileSystemLayout::systemPath(QStringLiteral("/Library/LaunchAgents")),
+                                  FileSystemLayout::systemPath(QStringLiteral("/Library/LaunchDaemons"))}) {
+        if (const auto entries = FileSystem::contentsOfDirectory(folder)) {
+            for (const FileSystem::DirectoryEntry &entry : *entries)
+                sink += PropertyList::readDictionary(entry.path).has_value();
+        }
     }
     for (const QString &path : itemPaths)
         sink += FileSizeCalculator::quickItemSize(path);
@@ -100,6 +110,13 @@ int main(int argc, char *argv[])
     std::printf("groups %lld, items %lld (sink %lld)\n", qlonglong(groups.size()), qlonglong(itemPaths.size()), qlonglong(sink));
     std::printf("floor_seconds %.3f\nscan_seconds %.3f\nliteral_seconds %.3f\n", floor, scan, literal);
     std::printf("ratio_vs_floor %.2f\nliteral_ratio_vs_floor %.2f\n", scan / floor, literal / floor);
+    // The identity index the scan builds from the discovered apps (part of scan_seconds above).
+    const QList<InstalledApp> installed = AppDiscoveryService::discoverInstalledApps();
+    double index = 1e9;
+    qsizetype indexed = 0;
+    for (int round = 0; round < 3; ++round)
+        index = std::min(index, seconds([&] { indexed = AppIdentityIndex::build(installed).apps.size(); }));
+    std::printf("index_apps %lld\nindex_ms %.1f\n", qlonglong(indexed), index * 1000);
     // QTemporaryDir cannot remove the sample's names that are not UTF-8.
     if (rootIndex <= 0)
         QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), QStringLiteral("--"), temporary.path()});

@@ -367,6 +367,30 @@ private Q_SLOTS:
         QCOMPARE(names(model().filteredOrphansModel(), int(OrphanGroupListModel::Role::displayName)), groups);
     }
 
+    // What another app or macOS owns is listed unticked, with its owner; the user may still tick it.
+    void claimedItemsStartUnticked()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        ScanResult result = resultOf(alpha, 2);
+        result.items[2].claimedBy = ItemOwner{QStringLiteral("Beta"), QStringLiteral("com.example.Beta"), QStringLiteral("named as the app")};
+        result.items.append(item(QStringLiteral("/Users/ann/Library/Caches/com.apple.helpd")));
+        result.items.last().claimedBy = ItemOwner{QStringLiteral("macOS"), std::nullopt, QStringLiteral("in Apple's com.apple. namespace")};
+        loadAndScan({alpha}, result);
+        QCOMPARE(model().selectedItems(), result.items.mid(0, 2));
+        QCOMPARE(status(), QStringLiteral("Found 4 related items (3 KB)."));
+        QStringList owners;
+        for (int row = 0; row < model().activeItemsModel()->rowCount(); ++row)
+            owners.append(model().activeItemsModel()->index(row).data(int(LeftoverItemListModel::Role::owner)).toString());
+        QCOMPARE(owners, (QStringList{QString(), QString(), QStringLiteral("Belongs to Beta"), QStringLiteral("Part of macOS")}));
+        const QString howFound = model().activeItemsModel()->index(2).data(int(LeftoverItemListModel::Role::howFound)).toString();
+        QVERIFY2(howFound.endsWith(QLatin1String("Belongs to Beta: named as the app")), qPrintable(howFound));
+        model().setCategorySelection(QStringLiteral("Caches"), true);
+        QCOMPARE(model().selectedItems(), result.items);
+        model().deselectAll();
+        model().selectAll();
+        QCOMPARE(model().selectedItems(), result.items);
+    }
+
     void deletionOutcome_data()
     {
         QTest::addColumn<int>("moved");

@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 1);
         QVERIFY(run.err.contains("could not be moved"));
         const QJsonObject report = QJsonDocument::fromJson(run.out).object();
-        QCOMPARE(report.keys(), (QStringList{"deleted", "dryRun", "failed"}));
+        QCOMPARE(report.keys(), (QStringList{"deleted", "dryRun", "failed", "kept"}));
         QCOMPARE(jsonPaths(report[QStringLiteral("deleted")]), m_paths);
         QCOMPARE(jsonPaths(report[QStringLiteral("failed")]), QStringList{vanished});
         QVERIFY(!report[QStringLiteral("failed")][0][QStringLiteral("message")].toString().isEmpty());

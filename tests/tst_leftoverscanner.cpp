@@ -119,8 +119,8 @@ private Q_SLOTS:
         QCOMPARE(found.value(at(path), Category::application), category);
     }
 
-    // A top-level string value names the app; one nested in ProgramArguments does not, nor does a
-    // malformed file.
+    // A top-level string value names the app, and so does a program inside its bundle given only as
+    // ProgramArguments[0] (found after every other pass); a malformed file does not.
     void launchItems()
     {
         const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict><key>Label</key><string>x</string>";
@@ -130,8 +130,9 @@ private Q_SLOTS:
         TestSupport::writeFile(agents + "com.other.nested.plist", head + "<key>ProgramArguments</key><array>" + exe + "</array></dict></plist>");
         TestSupport::writeFile(agents + "com.other.broken.plist", head + "<key>");
         const auto found = scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.myapp")));
-        QCOMPARE(found.size(), 2);
+        QCOMPARE(found.size(), 3);
         QCOMPARE(found.value(agents + "com.other.agent.plist"), Category::launchAgents);
+        QCOMPARE(found.value(agents + "com.other.nested.plist"), Category::launchAgents);
     }
 
     // The first step to reach a path decides its category, even when Spotlight returns it again; what

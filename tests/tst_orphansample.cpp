@@ -8,6 +8,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 using namespace TestSupport;
@@ -50,6 +51,21 @@ private Q_SLOTS:
                          qPrintable(item.path()));
                 paths.insert(item.path());
             }
+        }
+    }
+
+    // Every group the generator meant to leave, with its grade, evidence and name.
+    void everyExpectedGroup()
+    {
+        const QJsonObject expected = QJsonDocument::fromJson(readBytes(m_root + QStringLiteral("/.kestrune-expected-orphans.json")))[u"expected"].toObject();
+        QVERIFY(expected.contains(u"name:vanished backup") && expected.contains(u"com.vanished.scripted"));
+        for (auto it = expected.constBegin(); it != expected.constEnd(); ++it) {
+            const auto group = std::find_if(m_groups.cbegin(), m_groups.cend(), [&](const OrphanedAppGroup &g) { return g.id == it.key(); });
+            QVERIFY2(group != m_groups.cend(), qPrintable(it.key()));
+            const QJsonValue want = it.value();
+            QCOMPARE(OrphanConfidences::rawValue(group->confidence), want[u"confidence"].toString());
+            QCOMPARE(group->evidenceSummary, want[u"evidenceSummary"].toString());
+            QCOMPARE(group->displayName, want[u"displayName"].toString());
         }
     }
 

@@ -12,7 +12,7 @@ import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 
-from samplemac import apps, leftovers, orphans, sounds, spotlight  # noqa: E402
+from samplemac import apps, leftovers, orphans, ownership, sounds, spotlight  # noqa: E402
 from samplemac.context import Context  # noqa: E402
 
 MARKER = ".kestrune-sample-mac"
@@ -34,8 +34,9 @@ def main():
     (out / MARKER).write_text(f"seed={args.seed} scale={args.scale}\n")
 
     ctx = Context(out, args.seed, args.scale)
-    # Order matters: later modules read what earlier ones recorded in ctx (the installed apps first).
-    for module in (apps, leftovers, orphans, sounds, spotlight):
+    # Order matters: later modules read what earlier ones recorded in ctx (the installed apps first, then
+    # the apps with many identifiers, which also add to the removed-app expectations).
+    for module in (apps, ownership, leftovers, orphans, sounds, spotlight):
         module.build(ctx)
     print(f"sample Mac: --root {ctx.root} --home {ctx.home} ({len(ctx.apps)} apps)")
 

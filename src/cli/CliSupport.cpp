@@ -25,6 +25,15 @@ QJsonObject appJson(const InstalledApp &app)
     };
 }
 
+QJsonObject ownerJson(const ItemOwner &owner)
+{
+    return QJsonObject{
+        {QStringLiteral("name"), owner.name},
+        {QStringLiteral("bundleIdentifier"), owner.bundleIdentifier ? QJsonValue(*owner.bundleIdentifier) : QJsonValue()},
+        {QStringLiteral("reason"), owner.reason},
+    };
+}
+
 QJsonObject itemJson(const LeftoverItem &item)
 {
     return QJsonObject{
@@ -35,6 +44,10 @@ QJsonObject itemJson(const LeftoverItem &item)
         {QStringLiteral("size"), item.size},
         {QStringLiteral("formattedSize"), item.formattedSize()},
         {QStringLiteral("requiresAdmin"), item.requiresAdmin()},
+        {QStringLiteral("foundBy"), FoundByValues::rawValue(item.foundBy)},
+        {QStringLiteral("matched"), item.matched ? QJsonValue(*item.matched) : QJsonValue()},
+        {QStringLiteral("claimedBy"), item.claimedBy ? QJsonValue(ownerJson(*item.claimedBy)) : QJsonValue()},
+        {QStringLiteral("selected"), item.isSelectedByDefault()},
     };
 }
 
@@ -105,10 +118,12 @@ void printUsage(FILE *stream)
         "\n"
         "Commands:\n"
         "  apps [--json]                      installed apps\n"
-        "  scan TARGET [--json]               leftover scan of one app (a .app path, a name or a bundle identifier)\n"
+        "  scan TARGET [--why] [--json]       leftover scan of one app (a .app path, a name or a bundle identifier);\n"
+        "                                     --why shows how each item was found\n"
         "  orphans [--all] [--json]           leftovers of removed apps\n"
-        "  remove TARGET | --orphan ID [--dry-run] [--yes] [--json]\n"
-        "                                     move an app and its leftovers, or a removed app's group, to the Trash\n"
+        "  remove TARGET | --orphan ID [--dry-run] [--yes] [--include-claimed] [--json]\n"
+        "                                     move an app and its leftovers, or a removed app's group, to the Trash;\n"
+        "                                     items another app or macOS owns stay unless --include-claimed\n"
         "  size PATH [--limit N]              byte count of a file or folder\n"
         "  check-update [--feed URL] [--json] ask the release feed for a newer version\n",
         stream);

@@ -15,6 +15,7 @@ namespace CliSupport {
 
 // The JSON shapes of the command-line interface.
 [[nodiscard]] QJsonObject appJson(const InstalledApp &app);
+[[nodiscard]] QJsonObject ownerJson(const ItemOwner &owner);
 [[nodiscard]] QJsonObject itemJson(const LeftoverItem &item);
 [[nodiscard]] QJsonObject groupJson(const OrphanedAppGroup &group);
 

@@ -62,7 +62,21 @@ bool confirmed(const QList<LeftoverItem> &items)
     return answer == QLatin1String("y") || answer == QLatin1String("yes");
 }
 
-QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QList<QPair<LeftoverItem, QString>> &failed)
+QString keptReason(const LeftoverItem &item)
+{
+    return item.claimedBy ? item.claimedBy->label() + QStringLiteral(": ") + item.claimedBy->reason : QString();
+}
+
+void printKept(const QList<LeftoverItem> &kept, bool toStderr)
+{
+    for (const LeftoverItem &item : kept) {
+        const QString line = QStringLiteral("%1  kept  %2  (%3)").arg(item.formattedSize().rightJustified(10), item.path(), keptReason(item));
+        toStderr ? CliSupport::printError(line) : CliSupport::printLine(line);
+    }
+}
+
+QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QList<QPair<LeftoverItem, QString>> &failed,
+                       const QList<LeftoverItem> &kept)
 {
     QJsonArray deletedList;
     for (const LeftoverItem &item : deleted)
@@ -70,7 +84,11 @@ QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QL
     QJsonArray failedList;
     for (const auto &[item, message] : failed)
         failedList.append(QJsonObject{{QStringLiteral("item"), CliSupport::itemJson(item)}, {QStringLiteral("message"), message}});
-    return {{QStringLiteral("dryRun"), dryRun}, {QStringLiteral("deleted"), deletedList}, {QStringLiteral("failed"), failedList}};
+    QJsonArray keptList;
+    for (const LeftoverItem &item : kept)
+        keptList.append(QJsonObject{{QStringLiteral("item"), CliSupport::itemJson(item)}, {QStringLiteral("reason"), keptReason(item)}});
+    return {{QStringLiteral("dryRun"), dryRun}, {QStringLiteral("deleted"), deletedList}, {QStringLiteral("failed"), failedList},
+            {QStringLiteral("kept"), keptList}};
 }
 
 } // namespace
@@ -82,7 +100,8 @@ int remove(const QStringList &arguments)
     const QCommandLineOption dryRun(QStringLiteral("dry-run"));
     const QCommandLineOption yes(QStringLiteral("yes"));
     const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOptions({orphan, dryRun, yes, json});
+    const QCommandLineOption includeClaimed(QStringLiteral("include-claimed"));
+    parser.addOptions({orphan, dryRun, yes, json, includeClaimed});
     if (!CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
         return 2;
     const bool byGroup = parser.isSet(orphan);
@@ -124,15 +143,24 @@ int remove(const QStringList &arguments)
         CliSupport::runWithProgress(QStringLiteral("Scanning %1…").arg(app->name), !asJson,
                                     [&] { items = LeftoverScannerService::scan(*app).result().items; });
     }
+    // What another app or macOS owns stays unless the caller asks for it by name of the option.
+    QList<LeftoverItem> kept;
+    if (!parser.isSet(includeClaimed)) {
+        kept = items;
+        kept.removeIf([](const LeftoverItem &item) { return item.isSelectedByDefault(); });
+        items.removeIf([](const LeftoverItem &item) { return !item.isSelectedByDefault(); });
+    }
     const QList<LeftoverItem> ordered = DeletionService::processingOrder(items);
 
     if (isDryRun || ordered.isEmpty()) {
         if (asJson) {
-            CliSupport::printJson(reportJson(isDryRun, isDryRun ? ordered : QList<LeftoverItem>(), {}));
+            CliSupport::printJson(reportJson(isDryRun, isDryRun ? ordered : QList<LeftoverItem>(), {}, kept));
         } else if (ordered.isEmpty()) {
+            printKept(kept, false);
             CliSupport::printLine(QStringLiteral("Nothing to move."));
         } else {
             printList(ordered, false);
+            printKept(kept, false);
             CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
                                       .arg(countText(ordered.size()), ByteCountFormatter::string(totalSize(ordered))));
         }
@@ -141,6 +169,7 @@ int remove(const QStringList &arguments)
 
     if (mustConfirm) {
         printList(ordered, asJson);
+        printKept(kept, asJson);
         if (!confirmed(ordered)) {
             CliSupport::printError(QStringLiteral("Nothing was moved."));
             return 1;
@@ -152,13 +181,15 @@ int remove(const QStringList &arguments)
                                 [&] { report = DeletionService::moveToTrash(ordered); });
 
     if (asJson) {
-        CliSupport::printJson(reportJson(false, report.deleted, report.failed));
+        CliSupport::printJson(reportJson(false, report.deleted, report.failed, kept));
     } else {
         QList<QStringList> rows;
         for (const LeftoverItem &item : report.deleted)
             rows.append({QStringLiteral("moved"), item.formattedSize(), item.path()});
         for (const auto &[item, message] : report.failed)
             rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message + adminNote(item)});
+        for (const LeftoverItem &item : std::as_const(kept))
+            rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
         CliSupport::printTable(rows);
         CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
                                   .arg(countText(report.deleted.size()), ByteCountFormatter::string(totalSize(report.deleted))));

@@ -9,6 +9,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace {
 
 QString describe(const InstalledApp &app)
@@ -17,7 +19,7 @@ QString describe(const InstalledApp &app)
         .arg(app.name, app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier")), app.bundlePath());
 }
 
-void printHuman(const InstalledApp &app, const ScanResult &result)
+void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
 {
     CliSupport::printLine(describe(app));
     qsizetype sizeWidth = 0;
@@ -30,13 +32,29 @@ void printHuman(const InstalledApp &app, const ScanResult &result)
         CliSupport::printLine(QString());
         CliSupport::printLine(LeftoverCategories::rawValue(category));
         for (const LeftoverItem &item : items) {
-            CliSupport::printLine(QStringLiteral("  %1  %2%3")
-                                      .arg(item.formattedSize().rightJustified(sizeWidth), item.path(),
-                                           item.requiresAdmin() ? QStringLiteral("  (needs administrator)") : QString()));
+            // Claimed rows stay unticked, so they carry a mark where the ticked ones carry none.
+            CliSupport::printLine(QStringLiteral("  %1 %2  %3%4%5")
+                                      .arg(item.claimedBy ? QStringLiteral("!") : QStringLiteral(" "),
+                                           item.formattedSize().rightJustified(sizeWidth), item.path(),
+                                           item.requiresAdmin() ? QStringLiteral("  (needs administrator)") : QString(),
+                                           item.claimedBy ? QStringLiteral("  [%1, kept]").arg(item.claimedBy->label()) : QString()));
+            if (why) {
+                QString line = QStringLiteral("found by ") + FoundByValues::rawValue(item.foundBy);
+                if (item.matched)
+                    line += QStringLiteral(" (matched ") + *item.matched + QLatin1Char(')');
+                if (item.claimedBy)
+                    line += QStringLiteral("; ") + item.claimedBy->label() + QStringLiteral(": ") + item.claimedBy->reason;
+                CliSupport::printLine(QStringLiteral("     %1  %2").arg(QString(sizeWidth, QLatin1Char(' ')), line));
+            }
         }
     }
     CliSupport::printLine(QString());
-    CliSupport::printLine(QStringLiteral("%1 items, %2").arg(result.items.size()).arg(result.formattedTotalSize()));
+    const qsizetype claimed = std::count_if(result.items.cbegin(), result.items.cend(),
+                                            [](const LeftoverItem &item) { return item.claimedBy.has_value(); });
+    QString summary = QStringLiteral("%1 items, %2").arg(result.items.size()).arg(result.formattedTotalSize());
+    if (claimed > 0)
+        summary += QStringLiteral("; %1 marked ! belong to other apps or macOS and are kept by remove").arg(claimed);
+    CliSupport::printLine(summary);
 }
 
 } // namespace
@@ -86,7 +104,8 @@ int scan(const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOption(json);
+    const QCommandLineOption why(QStringLiteral("why"));
+    parser.addOptions({json, why});
     if (!CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
         return 2;
     const bool asJson = parser.isSet(json);
@@ -117,7 +136,7 @@ int scan(const QStringList &arguments)
         });
         return 0;
     }
-    printHuman(*app, result);
+    printHuman(*app, result, parser.isSet(why));
     return 0;
 }
 

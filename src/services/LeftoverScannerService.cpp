@@ -6,6 +6,7 @@
 #include "platform/NativePath.h"
 #include "platform/PropertyList.h"
 #include "platform/TextCompare.h"
+#include "services/AppIdentityIndex.h"
 #include "services/FileSizeCalculator.h"
 
 #include <QSet>
@@ -26,9 +27,11 @@ struct SearchContext {
     QString bundleID;
     QString appName;
     QStringList searchTerms;
+    // Set for the pass over an embedded identifier: only identifier-named candidates, and items say so.
+    bool embedded = false;
 };
 
-using Append = std::function<void(const QString &path, Category category)>;
+using Append = std::function<void(const QString &path, Category category, FoundBy foundBy, const QString &matched)>;
 
 // Characters as a reader counts them, so that a decomposed "é" is one.
 qsizetype characterCount(const QString &text)
@@ -64,12 +67,20 @@ QStringList searchTerms(const InstalledApp &app, const QString &bundleID)
     return kept;
 }
 
-bool matchesSearchTerms(const QString &name, const QStringList &terms)
+// The longest term the text holds, the most telling of them (the terms come in no fixed order); none
+// when it holds none.
+std::optional<QString> matchingTerm(const QString &text, const QStringList &terms)
 {
-    const QString lowered = name.toLower();
+    const QString lowered = text.toLower();
+    std::optional<QString> best;
     // An empty term would accept every name; the fallback's terms are not length-filtered.
-    return std::any_of(terms.cbegin(), terms.cend(),
-                       [&](const QString &term) { return !term.isEmpty() && lowered.contains(term); });
+    for (const QString &term : terms) {
+        if (term.isEmpty() || !lowered.contains(term))
+            continue;
+        if (!best || term.size() > best->size() || (term.size() == best->size() && term < *best))
+            best = term;
+    }
+    return best;
 }
 
 // The rule that keeps whole Library folders out of a result: a name or identifier is put into a path
@@ -103,7 +114,8 @@ void scanKnownLocations(const SearchContext &context, const Append &append)
 {
     const QString &id = context.bundleID;
     const QString &name = context.appName;
-    const QString file = bundleFileName(context.app);
+    const QString file = context.embedded ? QString() : bundleFileName(context.app);
+    const FoundBy foundBy = context.embedded ? FoundBy::embeddedIdentifier : FoundBy::knownLocation;
     const QLatin1StringView none("");
     const QLatin1StringView plist(".plist");
 
@@ -146,51 +158,66 @@ void scanKnownLocations(const SearchContext &context, const Append &append)
                     continue;
                 for (const FileSystem::DirectoryEntry &entry : *entries) {
                     if (entry.name.startsWith(prefix))
-                        append(entry.path, category);
+                        append(entry.path, category, foundBy, candidate.piece);
                 }
                 continue;
             }
-            append(candidate.folder + QLatin1Char('/') + candidate.piece + candidate.suffix, category);
+            append(candidate.folder + QLatin1Char('/') + candidate.piece + candidate.suffix, category, foundBy, candidate.piece);
         }
     }
 }
 
-// A launch property list belongs to the app when one of its top-level string values names it, or
-// else when its file name does. Unreadable, malformed or non-dictionary lists fall back to the name.
-bool launchItemMatches(const FileSystem::DirectoryEntry &entry, const QStringList &terms)
-{
-    const std::optional<QVariant> value = PropertyList::read(entry.path);
-    if (value && value->typeId() == QMetaType::QVariantMap) {
-        const QVariantMap dictionary = value->toMap();
-        for (auto it = dictionary.cbegin(); it != dictionary.cend(); ++it) {
-            if (it->typeId() != QMetaType::QString)
-                continue;
-            const QString lowered = it->toString().toLower();
-            for (const QString &term : terms) {
-                if (lowered.contains(term))
-                    return true;
-            }
-        }
-    }
-    return matchesSearchTerms(entry.name, terms);
-}
+// The launch property lists of the three launch folders, in scan order, each read once per scan: the
+// passes over every identifier ask them again.
+struct LaunchFile {
+    FileSystem::DirectoryEntry entry;
+    Category category;
+    std::optional<QVariant> value;
+};
 
-void scanLaunchItems(const SearchContext &context, const Append &append)
+QList<LaunchFile> readLaunchFiles()
 {
     const std::array<std::pair<Category, QString>, 3> folders = {{
         {Category::launchAgents, homeFolder("/Library/LaunchAgents")},
         {Category::launchAgents, systemFolder("/Library/LaunchAgents")},
         {Category::launchDaemons, systemFolder("/Library/LaunchDaemons")},
     }};
+    QList<LaunchFile> files;
     for (const auto &[category, folder] : folders) {
         const auto entries = FileSystem::contentsOfDirectory(folder);
         if (!entries)
             continue;
         for (const FileSystem::DirectoryEntry &entry : *entries) {
-            if (FileSystem::pathExtension(entry.name) == QLatin1String("plist")
-                && launchItemMatches(entry, context.searchTerms))
-                append(entry.path, category);
+            if (FileSystem::pathExtension(entry.name) == QLatin1String("plist"))
+                files.append(LaunchFile{entry, category, PropertyList::read(entry.path)});
         }
+    }
+    return files;
+}
+
+// A launch property list belongs to the app when one of its top-level string values names it, or
+// else when its file name does. Unreadable, malformed or non-dictionary lists fall back to the name.
+// Gives the term that matched.
+std::optional<QString> launchItemMatch(const LaunchFile &file, const QStringList &terms)
+{
+    const std::optional<QVariant> &value = file.value;
+    if (value && value->typeId() == QMetaType::QVariantMap) {
+        const QVariantMap dictionary = value->toMap();
+        for (auto it = dictionary.cbegin(); it != dictionary.cend(); ++it) {
+            if (it->typeId() != QMetaType::QString)
+                continue;
+            if (auto term = matchingTerm(it->toString(), terms))
+                return term;
+        }
+    }
+    return matchingTerm(file.entry.name, terms);
+}
+
+void scanLaunchItems(const SearchContext &context, const QList<LaunchFile> &files, const Append &append)
+{
+    for (const LaunchFile &file : files) {
+        if (const auto term = launchItemMatch(file, context.searchTerms))
+            append(file.entry.path, file.category, context.embedded ? FoundBy::embeddedIdentifier : FoundBy::launchItem, *term);
     }
 }
 
@@ -214,8 +241,8 @@ void scanDirectoryContents(const SearchContext &context, const Append &append)
         if (!entries)
             continue;
         for (const FileSystem::DirectoryEntry &entry : *entries) {
-            if (matchesSearchTerms(entry.name, context.searchTerms))
-                append(entry.path, category);
+            if (const auto term = matchingTerm(entry.name, context.searchTerms))
+                append(entry.path, category, FoundBy::folderListing, *term);
         }
     }
 }
@@ -252,7 +279,7 @@ void scanSpotlight(const SearchContext &context, const Append &append)
         if (line == context.app.bundlePath())
             continue;
         const QString path = FileSystem::standardizedPath(line);
-        append(path, spotlightCategory(path));
+        append(path, spotlightCategory(path), FoundBy::spotlight, context.bundleID);
     }
 }
 
@@ -261,7 +288,7 @@ struct Collector {
     QSet<QString> seenPaths;
     QList<LeftoverItem> items;
 
-    void append(const QString &path, Category category)
+    void append(const QString &path, Category category, FoundBy foundBy, const std::optional<QString> &matched)
     {
         if (seenPaths.contains(path))
             return;
@@ -273,7 +300,10 @@ struct Collector {
         const qint64 size = S_ISDIR(st.st_mode)
             ? FileSizeCalculator::directorySize(path, FileSizeCalculator::defaultEntryLimit)
             : qint64(st.st_size);
-        items.append(LeftoverItem::at(path, category, size));
+        LeftoverItem item = LeftoverItem::at(path, category, size);
+        item.foundBy = foundBy;
+        item.matched = matched;
+        items.append(std::move(item));
     }
 };
 
@@ -285,30 +315,125 @@ void appendNameBasedMatches(const InstalledApp &app, Collector &collector)
         if (!entries)
             continue;
         for (const FileSystem::DirectoryEntry &entry : *entries) {
-            if (!matchesSearchTerms(entry.name, terms) || collector.seenPaths.contains(entry.path))
+            const auto term = matchingTerm(entry.name, terms);
+            if (!term || collector.seenPaths.contains(entry.path))
                 continue;
             collector.seenPaths.insert(entry.path);
-            collector.items.append(
-                LeftoverItem::at(entry.path, Category::other, FileSizeCalculator::itemSize(entry.path)));
+            LeftoverItem item = LeftoverItem::at(entry.path, Category::other, FileSizeCalculator::itemSize(entry.path));
+            item.foundBy = FoundBy::nameMatch;
+            item.matched = term;
+            collector.items.append(std::move(item));
         }
+    }
+}
+
+// Places the tables never look, named by an identifier or the executable.
+void scanExtraLocations(const AppIdentityIndex::AppIdentity &self, const QList<LaunchFile> &launchFiles, const Append &append)
+{
+    const QStringList identifiers = self.identifiers();
+    for (const QString &id : identifiers) {
+        if (!isSinglePathComponent(id))
+            continue;
+        append(homeFolder("/Library/Application Scripts") + QLatin1Char('/') + id, Category::containers, FoundBy::extraLocation, id);
+        append(homeFolder("/Library/Cookies") + QLatin1Char('/') + id + QLatin1String(".binarycookies"), Category::httpStorages,
+               FoundBy::extraLocation, id);
+        append(homeFolder("/Library/HTTPStorages") + QLatin1Char('/') + id + QLatin1String(".binarycookies"), Category::httpStorages,
+               FoundBy::extraLocation, id);
+    }
+
+    // Recent documents: one list file per app, named by its identifier in lower case.
+    const QString recents = homeFolder("/Library/Application Support/com.apple.sharedfilelist/"
+                                       "com.apple.LSSharedFileList.ApplicationRecentDocuments");
+    if (const auto entries = FileSystem::contentsOfDirectory(recents)) {
+        for (const FileSystem::DirectoryEntry &entry : *entries) {
+            const QString stem = AppIdentityIndex::identifierStem(entry.name);
+            if (stem == entry.name || !entry.name.contains(QLatin1String(".sfl")))
+                continue;
+            const auto own = std::find_if(identifiers.cbegin(), identifiers.cend(),
+                                          [&](const QString &id) { return id.compare(stem, Qt::CaseInsensitive) == 0; });
+            if (own != identifiers.cend())
+                append(entry.path, Category::other, FoundBy::extraLocation, *own);
+        }
+    }
+
+    // Crash reports: "<Executable>-2024-01-01-101010.ips", "<Executable>_2024-….crash".
+    if (!self.executable.isEmpty()) {
+        for (const QString &folder : {homeFolder("/Library/Logs/DiagnosticReports"), systemFolder("/Library/Logs/DiagnosticReports")}) {
+            const auto entries = FileSystem::contentsOfDirectory(folder);
+            if (!entries)
+                continue;
+            for (const FileSystem::DirectoryEntry &entry : *entries) {
+                const QString extension = FileSystem::pathExtension(entry.name);
+                if (entry.name.size() <= self.executable.size() || !entry.name.startsWith(self.executable))
+                    continue;
+                const QChar separator = entry.name.at(self.executable.size());
+                if ((separator == QLatin1Char('-') || separator == QLatin1Char('_'))
+                    && (extension == QLatin1String("ips") || extension == QLatin1String("crash") || extension == QLatin1String("diag")))
+                    append(entry.path, Category::other, FoundBy::extraLocation, self.executable);
+            }
+        }
+    }
+
+    // Launch items that run something inside the bundle, whatever they are called.
+    const QString bundle = self.bundlePath;
+    const QString prefix = FileSystemLayout::rootPrefix();
+    const QString macBundle = !prefix.isEmpty() && bundle.startsWith(prefix + QLatin1Char('/')) ? bundle.mid(prefix.size()) : bundle;
+    const auto inBundle = [&](const QString &program) {
+        return program.startsWith(bundle + QLatin1Char('/')) || program.startsWith(macBundle + QLatin1Char('/'));
+    };
+    for (const LaunchFile &file : launchFiles) {
+        if (!file.value || file.value->typeId() != QMetaType::QVariantMap)
+            continue;
+        const QStringList programs = AppIdentityIndex::launchPrograms(file.value->toMap());
+        const auto program = std::find_if(programs.cbegin(), programs.cend(), inBundle);
+        if (program != programs.cend())
+            append(file.entry.path, file.category, FoundBy::extraLocation, *program);
+    }
+}
+
+// After every other pass, so that what they find keeps the category they give it.
+void scanEveryIdentifier(const SearchContext &context, const AppIdentityIndex::AppIdentity &self,
+                         const QList<LaunchFile> &launchFiles, const Append &append)
+{
+    for (const QString &id : self.embeddedIdentifiers) {
+        const SearchContext embedded{context.app, id, QString(), {id.toLower()}, true};
+        scanKnownLocations(embedded, append);
+        scanLaunchItems(embedded, launchFiles, append);
+    }
+    scanExtraLocations(self, launchFiles, append);
+}
+
+// Marks what another installed app or macOS owns; the bundle itself is the scanned app by definition.
+void markClaimedItems(QList<LeftoverItem> &items, const AppIdentityIndex::AppIdentity &self)
+{
+    const AppIdentityIndex::Index index = AppIdentityIndex::build();
+    for (LeftoverItem &item : items) {
+        if (item.foundBy != FoundBy::bundle)
+            item.claimedBy = AppIdentityIndex::claimant(index, item.path(), &self);
     }
 }
 
 ScanResult performScan(const InstalledApp &app)
 {
     Collector collector;
-    const Append append = [&collector](const QString &path, Category category) { collector.append(path, category); };
-    append(app.bundlePath(), Category::application);
+    const Append append = [&collector](const QString &path, Category category, FoundBy foundBy, const QString &matched) {
+        collector.append(path, category, foundBy, matched);
+    };
+    collector.append(app.bundlePath(), Category::application, FoundBy::bundle, std::nullopt);
+    const AppIdentityIndex::AppIdentity self = AppIdentityIndex::identify(app);
 
     if (!app.bundleIdentifier) {
         appendNameBasedMatches(app, collector);
     } else {
         const SearchContext context{app, *app.bundleIdentifier, app.name, searchTerms(app, *app.bundleIdentifier)};
         scanKnownLocations(context, append);
-        scanLaunchItems(context, append);
+        const QList<LaunchFile> launchFiles = readLaunchFiles();
+        scanLaunchItems(context, launchFiles, append);
         scanDirectoryContents(context, append);
         scanSpotlight(context, append);
+        scanEveryIdentifier(context, self, launchFiles, append);
     }
+    markClaimedItems(collector.items, self);
 
     std::stable_sort(collector.items.begin(), collector.items.end(),
                      [](const LeftoverItem &a, const LeftoverItem &b) {

@@ -136,6 +136,9 @@ std::optional<OrphanConfidence> evaluateConfidence(bool hasBundleID, const QList
     using C = LeftoverCategory;
     const qsizetype n = categories.size();
     const auto has = [&](C category) { return categories.contains(category); };
+    // A launch item runs a program from a bundle that is gone: nothing else names an app so surely.
+    if (has(C::launchAgents) || has(C::launchDaemons))
+        return OrphanConfidence::high;
     if (!hasBundleID && !has(C::applicationSupport))
         return std::nullopt;
     if (n == 1) {

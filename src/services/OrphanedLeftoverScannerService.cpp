@@ -6,6 +6,7 @@
 #include "platform/PropertyList.h"
 #include "platform/TextCompare.h"
 #include "services/AppDiscoveryService.h"
+#include "services/AppIdentityIndex.h"
 #include "services/FileSizeCalculator.h"
 #include "services/OrphanRules.h"
 
@@ -14,6 +15,7 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <vector>
 
@@ -69,6 +71,13 @@ struct Metadata {
 
 using Recorder = std::function<void(const QString &path, LeftoverCategory category, const QString &identity,
                                     const std::optional<QString> &bundleID, const std::optional<QString> &displayName)>;
+
+// An identifier that an installed app carries (its own or an embedded bundle's), or extends with a dot.
+bool isInstalledIdentifier(const AppIdentityIndex::Index &identities, const QString &name)
+{
+    const QString stem = AppIdentityIndex::identifierStem(name);
+    return isLikelyBundleID(stem) && AppIdentityIndex::identifierOwner(identities, stem).has_value();
+}
 
 // Everything one scan learns about the user's Library. Each preference file is read at most once and the
 // cache-name matching tables are built once; the literal reading skips both shortcuts for comparison.
@@ -336,6 +345,58 @@ void scanGroupContainers(SearchContext &context, const Recorder &addItem)
     });
 }
 
+// Launch items whose program lies in an app bundle that is gone: that app's leftovers, by the bundle's name.
+void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &identities, const Recorder &addItem)
+{
+    const std::array<std::pair<QString, LeftoverCategory>, 3> folders = {{
+        {FileSystemLayout::homePath(QStringLiteral("/Library/LaunchAgents")), LeftoverCategory::launchAgents},
+        {FileSystemLayout::systemPath(QStringLiteral("/Library/LaunchAgents")), LeftoverCategory::launchAgents},
+        {FileSystemLayout::systemPath(QStringLiteral("/Library/LaunchDaemons")), LeftoverCategory::launchDaemons},
+    }};
+    for (const auto &[folder, category] : folders) {
+        const auto entries = FileSystem::contentsOfDirectory(folder);
+        if (!entries)
+            continue;
+        for (const FileSystem::DirectoryEntry &entry : *entries) {
+            if (FileSystem::pathExtension(entry.name) != QLatin1StringView("plist"))
+                continue;
+            const auto launchItem = PropertyList::readDictionary(entry.path);
+            if (!launchItem)
+                continue;
+            for (const QString &program : AppIdentityIndex::launchPrograms(*launchItem)) {
+                const qsizetype end = program.indexOf(QLatin1StringView(".app/"));
+                if (!program.startsWith(QLatin1Char('/')) || end < 0)
+                    continue;
+                const QString bundle = program.left(end + 4);
+                if (FileSystem::exists(FileSystemLayout::systemPath(bundle)) || AppIdentityIndex::bundleOwner(identities, bundle))
+                    continue;
+                const QString name = FileSystem::lastPathComponent(FileSystem::deletingPathExtension(bundle));
+                if (name.isEmpty() || identities.byName.contains(name.toLower()))
+                    continue;
+                const Metadata metadata = context.resolveMetadata(std::nullopt, name);
+                addItem(entry.path, category, metadata.identity, metadata.bundleID, metadata.displayName);
+                break;
+            }
+        }
+    }
+}
+
+// Application Scripts folders and cookie files join the group of the identifier that names them.
+void scanScriptsAndCookies(SearchContext &context, const GroupTable &groups, const Recorder &addItem)
+{
+    for (const auto &place : {std::pair(QStringLiteral("Application Scripts"), LeftoverCategory::containers),
+                              std::pair(QStringLiteral("Cookies"), LeftoverCategory::httpStorages)}) {
+        const LeftoverCategory category = place.second;
+        forEachEntry(context, place.first, [&](const FileSystem::DirectoryEntry &entry) {
+            const QString stem = AppIdentityIndex::identifierStem(entry.name);
+            if (category == LeftoverCategory::httpStorages && !entry.name.endsWith(QLatin1StringView(".binarycookies")))
+                return;
+            if (groups.contains(stem))
+                addItem(entry.path, category, stem, stem, context.displayNameFromPreferences(stem));
+        });
+    }
+}
+
 void scanPreferenceFiles(SearchContext &context, const GroupTable &groups, const Recorder &addItem)
 {
     // The keys as they stand now: recording below adds no new group.
@@ -383,7 +444,9 @@ QList<LeftoverCategory> categoriesOf(const MutableGroup &group)
 
 QList<OrphanedAppGroup> performScan(bool literalReading)
 {
-    const InstalledAppIndex index = buildIndex(AppDiscoveryService::discoverInstalledApps());
+    const QList<InstalledApp> installed = AppDiscoveryService::discoverInstalledApps();
+    const InstalledAppIndex index = buildIndex(installed);
+    const AppIdentityIndex::Index identities = AppIdentityIndex::build(installed);
     GroupTable groups;
     QSet<QString> seenPaths;
     SearchContext context(literalReading);
@@ -397,7 +460,11 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         seenPaths.insert(path);
         if (!FileSystem::exists(path))
             return;
-        if (isSystemArtifact(bundleID, displayName.value_or(FileSystem::lastPathComponent(path))))
+        const QString name = FileSystem::lastPathComponent(path);
+        if (isSystemArtifact(bundleID, displayName.value_or(name)))
+            return;
+        // Another installed app's, by its own or an embedded identifier: no group, and none to join.
+        if ((bundleID && isInstalledIdentifier(identities, *bundleID)) || (name != bundleID && isInstalledIdentifier(identities, name)))
             return;
         MutableGroup &group = groups[identity];
         if (!group.displayName)
@@ -405,7 +472,11 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         if (!group.bundleIdentifier)
             group.bundleIdentifier = bundleID;
         // Sized only once its group survives: sizes play no part in the decisions before that.
-        group.items.append(LeftoverItem::at(path, category, 0));
+        LeftoverItem item = LeftoverItem::at(path, category, 0);
+        const bool byLaunchItem = category == LeftoverCategory::launchAgents || category == LeftoverCategory::launchDaemons;
+        item.foundBy = byLaunchItem ? FoundBy::launchItem : FoundBy::folderListing;
+        item.matched = bundleID ? bundleID : displayName;
+        group.items.append(std::move(item));
     };
 
     scanContainers(context, addItem);
@@ -414,7 +485,9 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     scanSavedState(context, addItem);
     scanWebKitAndHTTP(context, addItem);
     scanGroupContainers(context, addItem);
+    scanLaunchItems(context, identities, addItem);
     scanPreferenceFiles(context, groups, addItem);
+    scanScriptsAndCookies(context, groups, addItem);
 
     GroupTable merged;
     for (const auto &[key, group] : groups.entries()) {

@@ -49,6 +49,17 @@ QSet<QString> idsOf(const QList<T> &records)
     return ids;
 }
 
+// What a finished scan ticks: everything but what another app or macOS owns.
+QSet<QString> defaultSelection(const QList<LeftoverItem> &items)
+{
+    QSet<QString> ids;
+    for (const LeftoverItem &item : items) {
+        if (item.isSelectedByDefault())
+            ids.insert(item.id);
+    }
+    return ids;
+}
+
 bool nameOrIdentifierContains(const QString &name, const std::optional<QString> &identifier, const QString &text)
 {
     if (name.contains(text, Qt::CaseInsensitive))
@@ -423,7 +434,7 @@ void AppViewModel::scanSelectedApp()
 void AppViewModel::applyScan(const ScanResult &result)
 {
     setScanResult(result);
-    setSelectedItemIDs(idsOf(result.items));
+    setSelectedItemIDs(defaultSelection(result.items));
     setIsScanning(false);
     setStatusMessage(QStringLiteral("Found %1 related items (%2).")
                          .arg(countText(result.items.size()), result.formattedTotalSize()));
@@ -762,7 +773,7 @@ void AppViewModel::applyDroppedApp(const std::optional<InstalledApp> &app)
 void AppViewModel::applyDroppedAppScan(const ScanResult &result, const InstalledApp &app)
 {
     setScanResult(result);
-    setSelectedItemIDs(idsOf(result.items));
+    setSelectedItemIDs(defaultSelection(result.items));
     setIsDropProcessing(false);
     if (!result.items.isEmpty()) {
         setStatusMessage(QStringLiteral("Ready to remove %1 items (%2) for %3.")

@@ -120,6 +120,10 @@ QVariant LeftoverItemListModel::data(const QModelIndex &index, int role) const
     case Role::formattedSize: return item.formattedSize();
     case Role::requiresAdmin: return item.requiresAdmin();
     case Role::isSelected: return m_selectedIDs.contains(item.id);
+    case Role::foundBy: return FoundByValues::rawValue(item.foundBy);
+    case Role::matched: return item.matched.value_or(QString());
+    case Role::owner: return item.claimedBy ? item.claimedBy->label() : QString();
+    case Role::howFound: return item.howFound();
     }
     return {};
 }
@@ -133,7 +137,11 @@ QHash<int, QByteArray> LeftoverItemListModel::roleNames() const
             {roleOf(Role::size), "size"},
             {roleOf(Role::formattedSize), "formattedSize"},
             {roleOf(Role::requiresAdmin), "requiresAdmin"},
-            {roleOf(Role::isSelected), "isSelected"}};
+            {roleOf(Role::isSelected), "isSelected"},
+            {roleOf(Role::foundBy), "foundBy"},
+            {roleOf(Role::matched), "matched"},
+            {roleOf(Role::owner), "owner"},
+            {roleOf(Role::howFound), "howFound"}};
 }
 
 void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs)

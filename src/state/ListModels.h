@@ -110,6 +110,12 @@ public:
         formattedSize,
         requiresAdmin,
         isSelected,
+        foundBy,
+        matched,
+        // "Belongs to Docker Desktop" or "Part of macOS"; empty for the scanned app's own items.
+        owner,
+        // How the item was found and, when claimed, why it is another's: the row's tooltip.
+        howFound,
     };
 
     explicit LeftoverItemListModel(QObject *parent = nullptr);

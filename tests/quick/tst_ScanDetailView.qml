@@ -111,6 +111,25 @@ Item {
             verify(model.showDeleteConfirmation)
         }
 
+        function test_claimedRowsShowTheirOwnerUnticked() {
+            const detail = makeDetail(true)
+            const model = detail.viewModel
+            selectAndScan(detail, "Fork.app")
+            const owners = named(detail, "ownerText")
+            verify(owners.length > 0, "a row of ForkLift's in view")
+            const row = owners.find((text) => text.text === "Belongs to ForkLift")
+            verify(row !== undefined)
+            let leftoverRow = row
+            while (leftoverRow.objectName !== "leftoverRow")
+                leftoverRow = leftoverRow.parent
+            verify(!leftoverRow.isSelected)
+            compare(row.color, AppTheme.orange)
+            verify(leftoverRow.howFound.indexOf("Belongs to ForkLift: ") > 0)
+            verify(model.selectedItems.count < model.activeItems.count)
+            mouseClick(findChild(detail, "selectAllButton"))
+            compare(model.selectedItems.count, model.activeItems.count)
+        }
+
         function test_aScanThatFindsNothing() {
             harness.syntheticItems = 0
             const detail = makeDetail(true)

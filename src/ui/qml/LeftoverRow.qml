@@ -11,13 +11,19 @@ AbstractButton {
     property string formattedSize
     property bool requiresAdmin: false
     property bool isSelected: false
+    // Whose the item is when it is not the scanned app's ("Belongs to …", "Part of macOS").
+    property string owner
+    property string howFound
     signal toggle()
 
     leftPadding: 14; rightPadding: 14; topPadding: 10; bottomPadding: 10
     hoverEnabled: true
     focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.CheckBox
-    Accessible.name: name + ", " + formattedSize
+    Accessible.name: name + ", " + formattedSize + (owner ? ", " + owner : "")
+    ToolTip.visible: hovered && howFound !== "" && !lockHover.hovered
+    ToolTip.delay: 600
+    ToolTip.text: howFound
     Accessible.checkable: true
     Accessible.checked: isSelected
     Accessible.selected: isSelected
@@ -55,6 +61,17 @@ AbstractButton {
                 horizontalAlignment: Text.AlignLeft
                 wrapMode: Text.WrapAnywhere
                 maximumLineCount: 2
+                elide: Text.ElideRight
+                textFormat: Text.PlainText
+            }
+            Text {
+                objectName: "ownerText"
+                Layout.fillWidth: true
+                visible: row.owner !== ""
+                text: row.owner
+                font.pixelSize: AppTheme.caption
+                color: AppTheme.orange
+                horizontalAlignment: Text.AlignLeft
                 elide: Text.ElideRight
                 textFormat: Text.PlainText
             }

@@ -116,6 +116,8 @@ ListView {
         required property string formattedSize
         required property bool requiresAdmin
         required property bool isSelected
+        required property string owner
+        required property string howFound
         // The last row of a category closes its card and keeps the gap to the next one; the headers
         // are handed between sections, so the gap cannot live in them.
         readonly property bool closesCard: ListView.nextSection !== ListView.section
@@ -139,6 +141,8 @@ ListView {
             formattedSize: slot.formattedSize
             requiresAdmin: slot.requiresAdmin
             isSelected: slot.isSelected
+            owner: slot.owner
+            howFound: slot.howFound
             onToggle: list.viewModel.toggleItemSelection(slot.id)
         }
         Rectangle {
