@@ -3,7 +3,7 @@
 # Installs what building, running and testing need on Debian 12 (run as root). Quick when all is there.
 set -euo pipefail
 packages=(
-    cmake g++ ninja-build pkg-config python3 git
+    cmake g++ ninja-build pkg-config python3 git clang libc++-dev libc++abi-dev
     qt6-base-dev qt6-declarative-dev qt6-multimedia-dev qt6-svg-dev qt6-image-formats-plugins
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-templates
     qml6-module-qtquick-layouts qml6-module-qtquick-window qml6-module-qtqml-workerscript
