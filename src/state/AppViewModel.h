@@ -34,6 +34,12 @@ struct AppViewModelServices {
     // Builds the record of a dropped bundle; none when the bundle cannot be read.
     std::function<QFuture<std::optional<InstalledApp>>(const QString &)> readDroppedApp;
     std::function<void(const QUrl &)> openUrl;
+    // Why the app's bundle cannot go to the Trash (checked before anything of it moves), else none.
+    std::function<QFuture<std::optional<QString>>(const InstalledApp &)> checkBundleRemovable;
+    // Whether privacy protection hides Library folders of other apps from the program.
+    std::function<QFuture<bool>()> isLibraryAccessRefused;
+    std::function<bool()> canOpenFullDiskAccessSettings;
+    std::function<void()> openFullDiskAccessSettings;
 
     [[nodiscard]] static AppViewModelServices real();
 };
@@ -69,6 +75,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(DeletionReportValue lastDeletionReport READ lastDeletionReportValue NOTIFY lastDeletionReportChanged)
     Q_PROPERTY(UpdateValue availableUpdate READ availableUpdateValue NOTIFY availableUpdateChanged)
     Q_PROPERTY(bool isCheckingForUpdate READ isCheckingForUpdate NOTIFY isCheckingForUpdateChanged)
+    // The status line names Full Disk Access and the platform can open its settings pane.
+    Q_PROPERTY(bool offersFullDiskAccess READ offersFullDiskAccess NOTIFY statusMessageChanged)
 
     // Derived lists: refilled whenever a field they depend on is assigned.
     Q_PROPERTY(OrphanGroupListModel *visibleOrphans READ visibleOrphansModel CONSTANT)
@@ -105,6 +113,7 @@ public:
     [[nodiscard]] const std::optional<DeletionReport> &lastDeletionReport() const { return m_lastDeletionReport; }
     [[nodiscard]] const std::optional<AppUpdateInfo> &availableUpdate() const { return m_availableUpdate; }
     [[nodiscard]] bool isCheckingForUpdate() const { return m_isCheckingForUpdate; }
+    [[nodiscard]] bool offersFullDiskAccess() const { return m_offersFullDiskAccess; }
 
     void setSearchText(const QString &text);
     void setShowDeleteConfirmation(bool show);
@@ -156,6 +165,7 @@ public:
     Q_INVOKABLE void checkForUpdates(bool userInitiated);
     Q_INVOKABLE void dismissAvailableUpdate();
     Q_INVOKABLE void openAvailableUpdateDownload();
+    Q_INVOKABLE void openFullDiskAccessSettings();
 
     // The mode picker's labels, which QML cannot reach through the namespace.
     Q_INVOKABLE static QString sidebarModeTitle(SidebarModes::Mode mode) { return SidebarModes::rawValue(mode); }
@@ -219,7 +229,9 @@ private:
         SidebarMode mode = SidebarMode::Installed;
         bool bundleAmongItems = false;
     };
+    void startDeletion(const QList<LeftoverItem> &items, const DeletionContext &context);
     void applyDeletion(const DeletionReport &report, const DeletionContext &context);
+    void checkLibraryAccessOnce();
     void applyReloadAfterDeletion(const QList<InstalledApp> &apps, const DeletionContext &context);
     void applyRescanAfterDeletion(const QList<OrphanedAppGroup> &groups);
     void applyDroppedApp(const std::optional<InstalledApp> &app);
@@ -253,6 +265,8 @@ private:
     std::optional<AppUpdateInfo> m_availableUpdate;
     bool m_isCheckingForUpdate = false;
     bool m_updateDismissedForSession = false;
+    bool m_libraryAccessChecked = false;
+    bool m_offersFullDiskAccess = false;
 
     InstalledAppListModel m_appsModel;
     OrphanGroupListModel m_orphanedGroupsModel;

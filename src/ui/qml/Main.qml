@@ -75,6 +75,12 @@ ApplicationWindow {
                 spacing: 10
                 Symbol { name: "info.circle.fill"; color: AppTheme.accent }
                 Text { Layout.fillWidth: true; text: window.viewModel.statusMessage; font.pixelSize: AppTheme.subheadline; color: AppTheme.secondary; elide: Text.ElideRight }
+                DetailButton {
+                    objectName: "fullDiskAccessButton"
+                    visible: window.viewModel.offersFullDiskAccess
+                    text: "Open Privacy & Security"
+                    onClicked: window.viewModel.openFullDiskAccessSettings()
+                }
             }
         }
     }
