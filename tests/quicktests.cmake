@@ -7,3 +7,13 @@ if(KESTRUNE_BUILD_UI)
     add_test(NAME tst_quick COMMAND tst_quick -input ${CMAKE_CURRENT_SOURCE_DIR}/quick)
     set_tests_properties(tst_quick PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen" TIMEOUT 300)
 endif()
+
+# The symbols again, with fontconfig shown only DejaVu: no icon font is installed as far as Qt can tell.
+if(KESTRUNE_BUILD_UI AND NOT APPLE)
+    set(hidden_fonts_config ${CMAKE_CURRENT_BINARY_DIR}/fonts-without-icons.conf)
+    file(WRITE ${hidden_fonts_config} "<?xml version=\"1.0\"?>\n<!DOCTYPE fontconfig SYSTEM \"fonts.dtd\">\n<fontconfig>\n"
+        "  <dir>/usr/share/fonts/truetype/dejavu</dir>\n  <cachedir>${CMAKE_CURRENT_BINARY_DIR}/fontconfig-cache</cachedir>\n</fontconfig>\n")
+    add_test(NAME tst_quick_iconfont COMMAND tst_quick -input ${CMAKE_CURRENT_SOURCE_DIR}/quick/tst_Symbol.qml)
+    set_tests_properties(tst_quick_iconfont PROPERTIES
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;FONTCONFIG_FILE=${hidden_fonts_config}" TIMEOUT 120)
+endif()

@@ -42,7 +42,10 @@ struct Fakes {
     HeldTasks<std::optional<AppUpdateInfo>> updateChecks;
     HeldTasks<RestoreReport> putBacks;
     QList<QList<TrashedItem>> putBackItems;
+    HeldTasks<std::optional<QString>> removabilityChecks;
+    HeldTasks<bool> accessChecks;
     int sounds = 0;
+    int settingsOpened = 0;
 
     // The dropped-bundle reader stays real: the drop cases build bundles in a temporary folder.
     AppViewModelServices services()
@@ -57,6 +60,10 @@ struct Fakes {
         s.checkForUpdate = [this] { return updateChecks.start(); };
         s.currentVersion = [] { return QStringLiteral("1.2.0"); };
         s.openUrl = [](const QUrl &) {};
+        s.checkBundleRemovable = [this](const InstalledApp &) { return removabilityChecks.start(); };
+        s.isLibraryAccessRefused = [this] { return accessChecks.start(); };
+        s.canOpenFullDiskAccessSettings = [] { return true; };
+        s.openFullDiskAccessSettings = [this] { ++settingsOpened; };
         return s;
     }
 };
@@ -440,6 +447,8 @@ private Q_SLOTS:
         const ScanResult result = resultOf(alpha, 1);
         loadAndScan({alpha, beta}, result);
         model().deleteSelectedItems();
+        QCOMPARE(fakes().trashRuns.count(), 0); // the bundle is checked first
+        fakes().removabilityChecks.finish(0, std::nullopt);
         // Even when moving the bundle failed, the app is treated as gone.
         fakes().trashRuns.finish(0, DeletionReport{{result.items.at(1)}, {{result.items.at(0), QStringLiteral("Busy")}}});
         fakes().discovery.finish(1, {beta, alpha});
@@ -452,6 +461,53 @@ private Q_SLOTS:
         model().deleteSelectedItems();
         QCOMPARE(fakes().trashRuns.count(), 1);
         QCOMPARE(anyStatus.count(), 0);
+    }
+
+    // A bundle that cannot move stops the run before any of the app's data goes.
+    void unmovableBundleMovesNothing()
+    {
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        loadAndScan({alpha}, resultOf(alpha, 2));
+        model().deleteSelectedItems();
+        QVERIFY(model().isDeleting());
+        fakes().removabilityChecks.finish(0, QStringLiteral("Nothing was moved: Alpha can't go to the Trash."));
+        QVERIFY(!model().isDeleting());
+        QCOMPARE(fakes().trashRuns.count(), 0);
+        QCOMPARE(status(), QStringLiteral("Nothing was moved: Alpha can't go to the Trash."));
+        QCOMPARE(model().selectedItems().size(), 3); // still ticked, ready for another try
+        QCOMPARE(fakes().sounds, 0);
+    }
+
+    // Told once per launch, appended to the scan's own line, with the settings button until the line changes.
+    void fullDiskAccessHint_data()
+    {
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("refused") << true;
+        QTest::newRow("readable") << false;
+    }
+
+    void fullDiskAccessHint()
+    {
+        QFETCH(bool, refused);
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        loadAndScan({alpha}, resultOf(alpha, 1));
+        QCOMPARE(fakes().accessChecks.count(), 1);
+        QSignalSpy statusChanges(&model(), &AppViewModel::statusMessageChanged);
+        fakes().accessChecks.finish(0, refused);
+        QCOMPARE(model().offersFullDiskAccess(), refused);
+        QCOMPARE(status(), refused ? QStringLiteral("Found 2 related items (1 KB). Some Library folders were not readable: "
+                                                    "Full Disk Access for Kestrune lets it see everything.")
+                                   : QStringLiteral("Found 2 related items (1 KB)."));
+        QCOMPARE(statusChanges.count(), refused ? 1 : 0);
+        model().openFullDiskAccessSettings();
+        QCOMPARE(fakes().settingsOpened, 1);
+
+        model().scanSelectedApp();
+        QVERIFY(!model().offersFullDiskAccess());
+        fakes().scans.finish(1, resultOf(alpha, 1));
+        QCOMPARE(fakes().accessChecks.count(), 1);
+        enterRemovedMode({group(QStringLiteral("Gone"), OrphanConfidence::high)});
+        QCOMPARE(fakes().accessChecks.count(), 1);
     }
 
     // The rescan after each run decides what is selected next and what the status line says.

@@ -161,17 +161,32 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() < 10000, "the timeout was not honoured");
     }
 
-    // The command line's JSON, with the version as the feed spells it and the download made absolute.
+    // The command line's JSON, with the version as the feed spells it and the download made absolute; a
+    // feed offering exactly the version the build was made as is not an update.
+    void commandLineShape_data()
+    {
+        QTest::addColumn<QString>("offered");
+        QTest::addColumn<bool>("available");
+        QTest::newRow("newer") << "07.1-rc1" << true;
+        QTest::newRow("this version") << KESTRUNE_VERSION << false;
+    }
+
     void commandLineShape()
     {
-        m_server.routes = {{"/feeds/version.json", response(200, R"({"version": "07.1-rc1", "downloadURL": "K.zip"})")}};
+        QFETCH(QString, offered);
+        QFETCH(bool, available);
+        m_server.routes = {{"/feeds/version.json", response(200, QStringLiteral(R"({"version": "%1", "downloadURL": "K.zip"})").arg(offered).toUtf8())}};
         QProcess cli;
         cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"),
                   {"check-update", "--feed", m_server.base() + QStringLiteral("/feeds/version.json"), "--json"});
         QVERIFY(QTest::qWaitFor([&] { return cli.state() == QProcess::NotRunning; }, 30000));
         QCOMPARE(cli.exitCode(), 0);
-        const QJsonObject expected{{"updateAvailable", true}, {"currentVersion", KESTRUNE_VERSION}, {"version", "07.1-rc1"},
-                                   {"downloadURL", m_server.base() + QStringLiteral("/feeds/K.zip")}, {"releaseNotes", QJsonValue::Null}};
+        QJsonObject expected{{"updateAvailable", available}, {"currentVersion", KESTRUNE_VERSION}};
+        if (available) {
+            expected.insert("version", offered);
+            expected.insert("downloadURL", m_server.base() + QStringLiteral("/feeds/K.zip"));
+            expected.insert("releaseNotes", QJsonValue::Null);
+        }
         QCOMPARE(QJsonDocument::fromJson(cli.readAllStandardOutput()).object(), expected);
     }
 };

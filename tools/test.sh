@@ -6,4 +6,4 @@ cd "$(dirname "$0")/.."
 bash tools/install-deps.sh
 bash tools/build.sh
 cd build
-ctest --output-on-failure --timeout 600 -j "$(nproc)"
+ctest --output-on-failure --timeout 600 -j "$(getconf _NPROCESSORS_ONLN)"

@@ -2,6 +2,7 @@
 #include "cli/CliSupport.h"
 #include "cli/Commands.h"
 #include "platform/ByteCountFormatter.h"
+#include "services/BundleRemovability.h"
 #include "services/DeletionService.h"
 #include "services/LeftoverScannerService.h"
 
@@ -125,6 +126,7 @@ int remove(const QStringList &arguments)
 
     QList<LeftoverItem> items;
     QString error;
+    std::optional<InstalledApp> installed;
     if (byGroup) {
         std::optional<OrphanedAppGroup> group;
         CliSupport::runWithProgress(QStringLiteral("Scanning for leftovers of removed apps…"), !asJson,
@@ -142,6 +144,7 @@ int remove(const QStringList &arguments)
         }
         CliSupport::runWithProgress(QStringLiteral("Scanning %1…").arg(app->name), !asJson,
                                     [&] { items = LeftoverScannerService::scan(*app).result().items; });
+        installed = app;
     }
     // What another app or macOS owns stays unless the caller asks for it by name of the option.
     QList<LeftoverItem> kept;
@@ -165,6 +168,15 @@ int remove(const QStringList &arguments)
                                       .arg(countText(ordered.size()), ByteCountFormatter::string(totalSize(ordered))));
         }
         return 0;
+    }
+
+    // Checked before anything moves: the bundle goes last, after the app's data.
+    const auto isBundle = [&installed](const LeftoverItem &item) { return item.path() == installed->bundlePath(); };
+    if (installed && std::any_of(ordered.cbegin(), ordered.cend(), isBundle)) {
+        if (const std::optional<QString> obstacle = BundleRemovability::check(*installed)) {
+            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + *obstacle);
+            return 1;
+        }
     }
 
     if (mustConfirm) {

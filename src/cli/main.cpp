@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "platform/FileSystemLayout.h"
 #include "platform/NativePath.h"
+#include "services/UpdateCheckService.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,7 +17,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kestrune-cli"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(KESTRUNE_VERSION));
+    QCoreApplication::setApplicationVersion(UpdateCheckService::currentVersion());
 
     // Global options stop at the command's name; everything after it belongs to the command.
     QCommandLineParser parser;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/SoundPlayer.h"
 
+#include "platform/MacPlatform.h"
 #include "platform/NativePath.h"
 
 #include <QAudioDevice>
@@ -100,7 +101,9 @@ void terminalBell()
 
 void beep()
 {
-    // Qt's own beep lives in Qt Widgets, which the program does not use.
+    // The system's own alert sound where there is one; Qt's beep lives in Qt Widgets.
+    if (MacPlatform::beep())
+        return;
     if (!playTone())
         terminalBell();
 }

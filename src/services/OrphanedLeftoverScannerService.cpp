@@ -328,7 +328,7 @@ void scanWebKitAndHTTP(SearchContext &context, const Recorder &addItem)
 {
     for (const auto &[folder, category] : {std::pair(QStringLiteral("WebKit"), LeftoverCategory::webKit),
                                            std::pair(QStringLiteral("HTTPStorages"), LeftoverCategory::httpStorages)}) {
-        forEachEntry(context, folder, [&](const FileSystem::DirectoryEntry &entry) {
+        forEachEntry(context, folder, [&, category = category](const FileSystem::DirectoryEntry &entry) {
             if (isLikelyBundleID(entry.name))
                 addItem(entry.path, category, entry.name, entry.name, context.displayNameFromPreferences(entry.name));
         });

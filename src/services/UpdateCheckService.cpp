@@ -164,10 +164,9 @@ std::optional<AppUpdateInfo> check(const QUrl &feed, std::chrono::milliseconds t
 
 std::optional<QVariantMap> ownInformation()
 {
+    // The build generates one Info.plist: the bundle's on a Mac and this resource in every build, so
+    // a program outside its bundle (the command line, a test) still knows its version.
     static const std::optional<QVariantMap> information = [] {
-#ifdef Q_OS_MACOS
-        return PropertyList::readDictionary(QCoreApplication::applicationDirPath() + QStringLiteral("/../Info.plist"));
-#else
         initialiseOwnResources();
         QFile file(QStringLiteral(":/kestrune/Info.plist"));
         if (!file.open(QIODevice::ReadOnly))
@@ -176,7 +175,6 @@ std::optional<QVariantMap> ownInformation()
         if (!value || value->typeId() != QMetaType::QVariantMap)
             return std::optional<QVariantMap>();
         return std::optional<QVariantMap>(value->toMap());
-#endif
     }();
     return information;
 }

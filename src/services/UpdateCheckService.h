@@ -31,7 +31,7 @@ inline constexpr std::chrono::milliseconds defaultTimeout{12000};
 // A feed body larger than this is not a release manifest; reading stops there.
 inline constexpr qint64 maximumFeedBytes = 1024 * 1024;
 
-// The program's own information list: compiled in on Linux, the bundle's Info.plist on macOS.
+// The program's own information list: the generated Info.plist, compiled in (the bundle holds the same file).
 [[nodiscard]] std::optional<QVariantMap> ownInformation();
 // feedURL() and currentVersion() read from the given list (absent: there is none).
 [[nodiscard]] QUrl feedURLFrom(const std::optional<QVariantMap> &information);

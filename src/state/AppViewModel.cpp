@@ -3,10 +3,13 @@
 
 #include "platform/ByteCountFormatter.h"
 #include "platform/FileSystem.h"
+#include "platform/MacPlatform.h"
 #include "platform/UrlOpener.h"
 #include "services/AppDiscoveryService.h"
+#include "services/BundleRemovability.h"
 #include "services/DeletionService.h"
 #include "services/LeftoverScannerService.h"
+#include "services/LibraryAccess.h"
 #include "services/OrphanedLeftoverScannerService.h"
 #include "services/SoundService.h"
 #include "services/UpdateCheckService.h"
@@ -86,6 +89,10 @@ AppViewModelServices AppViewModelServices::real()
     services.currentVersion = [] { return UpdateCheckService::currentVersion(); };
     services.readDroppedApp = [](const QString &path) { return QtConcurrent::run(&readBundle, path); };
     services.openUrl = [](const QUrl &url) { UrlOpener::open(url); };
+    services.checkBundleRemovable = [](const InstalledApp &app) { return QtConcurrent::run(&BundleRemovability::check, app); };
+    services.isLibraryAccessRefused = [] { return QtConcurrent::run(&LibraryAccess::isRefused); };
+    services.canOpenFullDiskAccessSettings = [] { return MacPlatform::canOpenFullDiskAccessSettings(); };
+    services.openFullDiskAccessSettings = [] { MacPlatform::openFullDiskAccessSettings(); };
     return services;
 }
 
@@ -109,6 +116,10 @@ AppViewModel::AppViewModel(AppViewModelServices services, QObject *parent)
     fill(m_services.currentVersion, real.currentVersion);
     fill(m_services.readDroppedApp, real.readDroppedApp);
     fill(m_services.openUrl, real.openUrl);
+    fill(m_services.checkBundleRemovable, real.checkBundleRemovable);
+    fill(m_services.isLibraryAccessRefused, real.isLibraryAccessRefused);
+    fill(m_services.canOpenFullDiskAccessSettings, real.canOpenFullDiskAccessSettings);
+    fill(m_services.openFullDiskAccessSettings, real.openFullDiskAccessSettings);
 }
 
 template<typename T, typename Apply>
@@ -221,6 +232,7 @@ void AppViewModel::setIsDeleting(bool value)
 void AppViewModel::setStatusMessage(const std::optional<QString> &message)
 {
     m_statusMessage = message;
+    m_offersFullDiskAccess = false;
     Q_EMIT statusMessageChanged();
 }
 
@@ -439,6 +451,7 @@ void AppViewModel::applyScan(const ScanResult &result)
     setStatusMessage(QStringLiteral("Found %1 related items (%2).")
                          .arg(countText(result.items.size()), result.formattedTotalSize()));
     refreshDerived();
+    checkLibraryAccessOnce();
 }
 
 void AppViewModel::switchSidebarMode(SidebarModes::Mode mode)
@@ -491,6 +504,29 @@ void AppViewModel::applyRemovedAppScan(const QList<OrphanedAppGroup> &groups)
         setStatusMessage(message);
     }
     refreshDerived();
+    checkLibraryAccessOnce();
+}
+
+void AppViewModel::checkLibraryAccessOnce()
+{
+    // Granting Full Disk Access takes a restart of the program, so one mention per launch is enough.
+    if (m_libraryAccessChecked)
+        return;
+    m_libraryAccessChecked = true;
+    whenDone(m_services.isLibraryAccessRefused(), [this](bool refused) {
+        if (!refused)
+            return;
+        const QString hint = QStringLiteral("Some Library folders were not readable: Full Disk Access for Kestrune lets it see everything.");
+        // One notification for the line and its button.
+        m_statusMessage = m_statusMessage && !m_statusMessage->isEmpty() ? *m_statusMessage + QLatin1Char(' ') + hint : hint;
+        m_offersFullDiskAccess = m_services.canOpenFullDiskAccessSettings();
+        Q_EMIT statusMessageChanged();
+    });
+}
+
+void AppViewModel::openFullDiskAccessSettings()
+{
+    m_services.openFullDiskAccessSettings();
 }
 
 void AppViewModel::applyOrphanSelection(const QList<OrphanedAppGroup> &groups)
@@ -614,6 +650,24 @@ void AppViewModel::deleteSelectedItems()
     }
     setIsDeleting(true);
     setStatusMessage(QStringLiteral("Moving selected items to Trash…"));
+    if (!context.bundleAmongItems) {
+        startDeletion(items, context);
+        return;
+    }
+    // The Library items go first; a bundle that then refused to move would leave the app without its data.
+    whenDone(m_services.checkBundleRemovable(*context.app),
+             [this, items, context](const std::optional<QString> &obstacle) {
+                 if (!obstacle) {
+                     startDeletion(items, context);
+                     return;
+                 }
+                 setIsDeleting(false);
+                 setStatusMessage(*obstacle);
+             });
+}
+
+void AppViewModel::startDeletion(const QList<LeftoverItem> &items, const DeletionContext &context)
+{
     whenDone(m_services.moveToTrash(items), [this, context](const DeletionReport &report) { applyDeletion(report, context); });
 }
 

@@ -35,6 +35,12 @@ struct AppViewModelServices {
     // Builds the record of a dropped bundle; none when the bundle cannot be read.
     std::function<QFuture<std::optional<InstalledApp>>(const QString &)> readDroppedApp;
     std::function<void(const QUrl &)> openUrl;
+    // Why the app's bundle cannot go to the Trash (checked before anything of it moves), else none.
+    std::function<QFuture<std::optional<QString>>(const InstalledApp &)> checkBundleRemovable;
+    // Whether privacy protection hides Library folders of other apps from the program.
+    std::function<QFuture<bool>()> isLibraryAccessRefused;
+    std::function<bool()> canOpenFullDiskAccessSettings;
+    std::function<void()> openFullDiskAccessSettings;
 
     [[nodiscard]] static AppViewModelServices real();
 };
@@ -75,6 +81,8 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool isPuttingBack READ isPuttingBack NOTIFY isPuttingBackChanged)
     // Only the failures count: {path, name, message, requiresAdmin} each.
     Q_PROPERTY(DeletionReportValue lastPutBackReport READ lastPutBackReportValue NOTIFY lastPutBackReportChanged)
+    // The status line names Full Disk Access and the platform can open its settings pane.
+    Q_PROPERTY(bool offersFullDiskAccess READ offersFullDiskAccess NOTIFY statusMessageChanged)
 
     // Derived lists: refilled whenever a field they depend on is assigned.
     Q_PROPERTY(OrphanGroupListModel *visibleOrphans READ visibleOrphansModel CONSTANT)
@@ -115,6 +123,7 @@ public:
     [[nodiscard]] bool canPutBack() const { return !m_lastRemoval.isEmpty(); }
     [[nodiscard]] bool isPuttingBack() const { return m_isPuttingBack; }
     [[nodiscard]] const std::optional<RestoreReport> &lastPutBackReport() const { return m_lastPutBackReport; }
+    [[nodiscard]] bool offersFullDiskAccess() const { return m_offersFullDiskAccess; }
 
     void setSearchText(const QString &text);
     void setShowDeleteConfirmation(bool show);
@@ -168,6 +177,7 @@ public:
     Q_INVOKABLE void checkForUpdates(bool userInitiated);
     Q_INVOKABLE void dismissAvailableUpdate();
     Q_INVOKABLE void openAvailableUpdateDownload();
+    Q_INVOKABLE void openFullDiskAccessSettings();
 
     // The mode picker's labels, which QML cannot reach through the namespace.
     Q_INVOKABLE static QString sidebarModeTitle(SidebarModes::Mode mode) { return SidebarModes::rawValue(mode); }
@@ -234,7 +244,9 @@ private:
         SidebarMode mode = SidebarMode::Installed;
         bool bundleAmongItems = false;
     };
+    void startDeletion(const QList<LeftoverItem> &items, const DeletionContext &context);
     void applyDeletion(const DeletionReport &report, const DeletionContext &context);
+    void checkLibraryAccessOnce();
     void applyReloadAfterDeletion(const QList<InstalledApp> &apps, const DeletionContext &context);
     void applyRescanAfterDeletion(const QList<OrphanedAppGroup> &groups);
     void applyPutBack(const RestoreReport &report, SidebarMode mode);
@@ -272,6 +284,8 @@ private:
     QList<TrashedItem> m_lastRemoval;
     bool m_isPuttingBack = false;
     std::optional<RestoreReport> m_lastPutBackReport;
+    bool m_libraryAccessChecked = false;
+    bool m_offersFullDiskAccess = false;
 
     InstalledAppListModel m_appsModel;
     OrphanGroupListModel m_orphanedGroupsModel;

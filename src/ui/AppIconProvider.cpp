@@ -3,6 +3,7 @@
 
 #include "platform/PropertyList.h"
 
+#include <QAbstractFileIconProvider>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -88,6 +89,15 @@ QImage image(int size)
 
 QImage bundleIcon(const QString &bundlePath, int size)
 {
+#ifdef Q_OS_MACOS
+    // NSWorkspace's icon through Qt's platform theme: it also draws apps whose icon lives only in an
+    // asset catalog, which no image plugin reads.
+    const QIcon system = QAbstractFileIconProvider().icon(QFileInfo(bundlePath));
+    if (!system.isNull()) {
+        if (QImage found = system.pixmap(size, size).toImage(); !found.isNull())
+            return found;
+    }
+#endif
     if (const QString file = iconFileOf(bundlePath); !file.isEmpty()) {
         if (QImage found = readImage(file, size); !found.isNull())
             return found;

@@ -14,8 +14,9 @@ namespace AppIconProvider {
 // step later.
 [[nodiscard]] QImage image(int size = 256);
 
-// The icon a bundle's Info.plist names (CFBundleIconFile, read as .icns or any format Qt's plugins
-// know); the generic app symbol when there is none or it can't be decoded.
+// The bundle's icon: on a Mac the system's (NSWorkspace); elsewhere the file its Info.plist names
+// (CFBundleIconFile, read as .icns or any format Qt's plugins know). The generic app symbol when there
+// is none or it can't be decoded.
 [[nodiscard]] QImage bundleIcon(const QString &bundlePath, int size);
 
 // A platform symbol drawn from the icon font, white on a grey tile: the stand-in for the generic

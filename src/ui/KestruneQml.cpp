@@ -6,6 +6,7 @@
 
 #include <QFontDatabase>
 #include <QQmlEngine>
+#include <QQuickStyle>
 
 namespace KestruneQml {
 
@@ -17,8 +18,10 @@ void prepareEngine(QQmlEngine &engine)
                                      LeftoverItemListModel, CategorySectionListModel>("Kestrune", 1);
         qmlRegisterUncreatableMetaObject(SidebarModes::staticMetaObject, "Kestrune", 1, 0, "SidebarMode",
                                          QStringLiteral("SidebarMode holds only the modes"));
-        QFontDatabase::addApplicationFont(QStringLiteral(
-            "/usr/share/fonts/truetype/material-design-icons-iconfont/MaterialIcons-Regular.ttf"));
+        QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/MaterialIcons-Regular.ttf"));
+        // Every control is restyled on the Fusion look the views were drawn in. Left to itself Qt
+        // picks the native macOS style on a Mac, which it documents as not customisable.
+        QQuickStyle::setStyle(QStringLiteral("Fusion"));
         return true;
     }();
     Q_UNUSED(registered);

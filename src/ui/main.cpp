@@ -3,6 +3,7 @@
 #include "KestruneQml.h"
 #include "ScreenshotTour.h"
 #include "platform/FileSystemLayout.h"
+#include "services/UpdateCheckService.h"
 #include "state/AppViewModel.h"
 
 #include <QCommandLineParser>
@@ -16,7 +17,45 @@
 
 #include <cstdio>
 
+#ifdef Q_OS_MACOS
+#include "platform/MacPlatform.h"
+
+#include <QApplication>
+#include <QMenuBar>
+#include <QWindow>
+// Widgets only for the screen's menu bar.
+using Application = QApplication;
+#else
+using Application = QGuiApplication;
+#endif
+
 Q_IMPORT_QML_PLUGIN(KestrunePlugin)
+
+#ifdef Q_OS_MACOS
+namespace {
+
+// The Mac's own menu bar: Qt 6.4-6.7 would draw the window's QML MenuBar inside the window. The roles
+// move About, Check for Updates… and Quit into the application menu.
+void installMenuBar(QMenuBar &bar, AppViewModel &viewModel)
+{
+    QMenu *application = bar.addMenu(QStringLiteral("Kestrune"));
+    QAction *about = application->addAction(QStringLiteral("About Kestrune"), &bar, [] { (void)MacPlatform::showAboutPanel(); });
+    about->setMenuRole(QAction::AboutRole);
+    QAction *updates = application->addAction(QStringLiteral("Check for Updates…"), &viewModel,
+                                              [&viewModel] { viewModel.checkForUpdates(true); });
+    updates->setMenuRole(QAction::ApplicationSpecificRole);
+    QAction *quit = application->addAction(QStringLiteral("Quit Kestrune"), &bar, [] { QCoreApplication::quit(); });
+    quit->setMenuRole(QAction::QuitRole);
+    QMenu *file = bar.addMenu(QStringLiteral("File"));
+    QAction *close = file->addAction(QStringLiteral("Close Window"), &bar, [] {
+        if (QWindow *window = QGuiApplication::focusWindow())
+            window->close();
+    });
+    close->setShortcut(QKeySequence::Close);
+}
+
+} // namespace
+#endif
 
 int main(int argc, char *argv[])
 {
@@ -26,12 +65,15 @@ int main(int argc, char *argv[])
         if ((argument == "--screenshot" || argument.startsWith("--screenshot=")) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    QGuiApplication application(argc, argv);
+    Application application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Kestrune"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(KESTRUNE_VERSION));
-    // An icon the platform already gave the program is left alone.
+    QGuiApplication::setApplicationVersion(UpdateCheckService::currentVersion());
+    // An icon the platform already gave the program is left alone; on a Mac the bundle's icon is the
+    // Dock's, so none is set there.
+#ifndef Q_OS_MACOS
     if (QGuiApplication::windowIcon().isNull())
         QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(AppIconProvider::image())));
+#endif
 
     QCommandLineParser parser;
     parser.addHelpOption();
@@ -58,6 +100,10 @@ int main(int argc, char *argv[])
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Kestrune/qml/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
+#ifdef Q_OS_MACOS
+    QMenuBar menuBar;
+    installMenuBar(menuBar, viewModel);
+#endif
     if (parser.isSet(screenshot))
         ScreenshotTour::start(engine, parser.value(screenshot));
     return QGuiApplication::exec();

@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: MIT
 """What every generator module shares: where root and home are, the seeded random source, the scale,
 the apps written so far, and small writers that keep every path below the sample's root."""
+import errno
 import struct
+import sys
 import zlib
 import os
 import pathlib
@@ -58,12 +60,25 @@ class Context:
             raise ValueError(f"{path} is outside the sample Mac")
         return path
 
+    @staticmethod
+    def _refused(path, error):
+        """True (after saying so) when the file system refuses the name itself, as APFS does with
+        names that are not UTF-8; the sample then goes without that entry."""
+        if error.errno not in (errno.EILSEQ, errno.EINVAL):
+            return False
+        print(f"make_sample_mac: skipped {os.fsencode(path)!r}: {error.strerror}", file=sys.stderr)
+        return True
+
     def write(self, path, data=b""):
         path = self._inside(path)
-        path.parent.mkdir(parents=True, exist_ok=True)
         if isinstance(data, str):
             data = data.encode()
-        path.write_bytes(data)
+        try:
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(data)
+        except OSError as error:
+            if not self._refused(path, error):
+                raise
         return path
 
     def noise(self, size):
@@ -97,7 +112,11 @@ class Context:
 
     def folder(self, path):
         path = self._inside(path)
-        path.mkdir(parents=True, exist_ok=True)
+        try:
+            path.mkdir(parents=True, exist_ok=True)
+        except OSError as error:
+            if not self._refused(path, error):
+                raise
         return path
 
     def symlink(self, target, link):

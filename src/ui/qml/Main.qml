@@ -19,13 +19,26 @@ ApplicationWindow {
     readonly property Action checkForUpdatesAction: updatesAction
     readonly property Dialog trashDialog: trashConfirmation
 
-    menuBar: MenuBar {
-        Menu {
-            title: "Kestrune"
-            Action { text: "About Kestrune"; onTriggered: aboutDialog.open() }
-            Action { id: updatesAction; text: "Check for Updates…"; onTriggered: window.viewModel.checkForUpdates(true) }
-            MenuSeparator {}
-            Action { text: "Quit Kestrune"; shortcut: StandardKey.Quit; onTriggered: Qt.quit() }
+    // A Mac gets the program's menus in the screen's menu bar (set up by the program); Qt 6.4-6.7
+    // would draw this one inside the window there.
+    readonly property bool nativeMenuBar: Qt.platform.os === "osx"
+
+    Action { id: aboutAction; text: "About Kestrune"; onTriggered: aboutDialog.open() }
+    Action { id: updatesAction; text: "Check for Updates…"; onTriggered: window.viewModel.checkForUpdates(true) }
+    Action { id: closeAction; text: "Close Window"; shortcut: window.nativeMenuBar ? "" : StandardKey.Close; onTriggered: window.close() }
+    Action { id: quitAction; text: "Quit Kestrune"; shortcut: window.nativeMenuBar ? "" : StandardKey.Quit; onTriggered: Qt.quit() }
+
+    menuBar: Loader {
+        active: !window.nativeMenuBar
+        sourceComponent: MenuBar {
+            Menu {
+                title: "Kestrune"
+                MenuItem { action: aboutAction }
+                MenuItem { action: updatesAction }
+                MenuSeparator {}
+                MenuItem { action: closeAction }
+                MenuItem { action: quitAction }
+            }
         }
     }
 
@@ -90,6 +103,12 @@ ApplicationWindow {
                         symbol: "arrow.uturn.backward"
                         text: "Put Back"
                         onClicked: window.viewModel.putBackLastRemoval()
+                    }
+                    DetailButton {
+                        objectName: "fullDiskAccessButton"
+                        visible: window.viewModel.offersFullDiskAccess
+                        text: "Open Privacy & Security"
+                        onClicked: window.viewModel.openFullDiskAccessSettings()
                     }
                 }
             }

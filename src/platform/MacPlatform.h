@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+// The few Cocoa calls Qt has no twin for. MacPlatform.mm holds them and is built only on a Mac;
+// MacPlatform.cpp holds what the same functions do everywhere else.
+namespace MacPlatform {
+
+// NSFileManager trashItemAtURL:resultingItemURL:error:. On failure *error is the error's
+// localizedDescription; on success *trashedPath is where the item now lies in the Trash, which Put Back
+// needs. Elsewhere: the freedesktop Trash, with no trashed path.
+[[nodiscard]] bool trashItem(const QString &path, QString *error, QString *trashedPath = nullptr);
+
+// NSBeep. False where the platform has no alert sound of its own: the caller plays its stand-in.
+[[nodiscard]] bool beep();
+
+// The standard About panel, filled from the bundle's Info.plist. False where there is none.
+[[nodiscard]] bool showAboutPanel();
+
+// The Full Disk Access list in System Settings' Privacy & Security; only a Mac has one.
+[[nodiscard]] bool canOpenFullDiskAccessSettings();
+void openFullDiskAccessSettings();
+
+} // namespace MacPlatform

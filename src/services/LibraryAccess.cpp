@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "services/LibraryAccess.h"
+
+#include "platform/FileSystem.h"
+#include "platform/FileSystemLayout.h"
+
+namespace LibraryAccess {
+
+namespace {
+
+bool refuses(const QString &folder)
+{
+    bool isDirectory = false;
+    return FileSystem::exists(folder, &isDirectory) && isDirectory && !FileSystem::contentsOfDirectory(folder);
+}
+
+} // namespace
+
+bool isRefused()
+{
+    for (const QString &relative : {QStringLiteral("/Library/Containers"), QStringLiteral("/Library/Group Containers")}) {
+        const QString folder = FileSystemLayout::homePath(relative);
+        if (refuses(folder))
+            return true;
+        const auto entries = FileSystem::contentsOfDirectory(folder);
+        if (!entries)
+            continue;
+        for (const FileSystem::DirectoryEntry &entry : *entries) {
+            if (refuses(entry.path))
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace LibraryAccess

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// The program's own information list and icon, as the build generates them: the version every build
+// reports is the project's, and the identifier is one the removed-app scan never offers to remove.
+#include "TestSupport.h"
+#include "platform/PropertyList.h"
+#include "services/OrphanRules.h"
+#include "services/UpdateCheckService.h"
+
+#include <QFile>
+#include <QImageReader>
+#include <QTest>
+
+class OwnBundleTest : public QObject {
+    Q_OBJECT
+
+    QVariantMap m_generated;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const auto generated = PropertyList::readDictionary(QStringLiteral(KESTRUNE_BINARY_DIR "/Info.plist"));
+        QVERIFY(generated);
+        m_generated = *generated;
+    }
+
+    // The compiled-in copy is the bundle's file, byte for byte.
+    void everyBuildReadsTheGeneratedList()
+    {
+        QFile generated(QStringLiteral(KESTRUNE_BINARY_DIR "/Info.plist"));
+        QFile compiledIn(QStringLiteral(":/kestrune/Info.plist"));
+        (void)UpdateCheckService::ownInformation(); // registers the resource
+        QVERIFY(generated.open(QIODevice::ReadOnly) && compiledIn.open(QIODevice::ReadOnly));
+        QCOMPARE(compiledIn.readAll(), generated.readAll());
+        QCOMPARE(UpdateCheckService::ownInformation(), std::optional(m_generated));
+        QCOMPARE(UpdateCheckService::currentVersion(), QStringLiteral(KESTRUNE_VERSION));
+    }
+
+    void keys_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("short version") << "CFBundleShortVersionString" << KESTRUNE_VERSION;
+        QTest::newRow("build version") << "CFBundleVersion" << KESTRUNE_VERSION;
+        QTest::newRow("identifier") << "CFBundleIdentifier" << KESTRUNE_BUNDLE_IDENTIFIER;
+        QTest::newRow("executable") << "CFBundleExecutable" << "Kestrune";
+        QTest::newRow("package type") << "CFBundlePackageType" << "APPL";
+        QTest::newRow("icon") << "CFBundleIconFile" << "AppIcon";
+        QTest::newRow("minimum system") << "LSMinimumSystemVersion" << "11.0";
+        QTest::newRow("feed") << "AppUpdateFeedURL" << "https://kestrune.app/version.json";
+    }
+
+    void keys()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, expected);
+        QCOMPARE(m_generated.value(key), QVariant(expected));
+        QVERIFY(m_generated.value(QStringLiteral("NSHumanReadableCopyright")).toString().startsWith(QStringLiteral("Copyright ©")));
+    }
+
+    void ownLeftoversAreNeverOffered()
+    {
+        const QString identifier = m_generated.value(QStringLiteral("CFBundleIdentifier")).toString();
+        QVERIFY(OrphanRules::isSystemArtifact(identifier, QStringLiteral("Kestrune")));
+    }
+
+    // Written through Qt's ICNS plugin at build time; read back the way the window reads bundle icons.
+    void bundleIcon()
+    {
+        const QString icns = QStringLiteral(KESTRUNE_BINARY_DIR "/src/ui/AppIcon.icns");
+        if (!QFile::exists(icns))
+            QSKIP("the window is not built");
+        QImageReader reader(icns);
+        QCOMPARE(reader.format(), QByteArray("icns"));
+        const QImage image = reader.read();
+        QCOMPARE(image.size(), QSize(1024, 1024));
+        // A transparent corner and an opaque middle: the rounded tile, not a blank square.
+        QCOMPARE(qAlpha(image.pixel(2, 2)), 0);
+        QCOMPARE(qAlpha(image.pixel(512, 512)), 255);
+    }
+};
+
+QTEST_GUILESS_MAIN(OwnBundleTest)
+#include "tst_ownbundle.moc"
