@@ -11,6 +11,8 @@
 #include <QQuickWindow>
 #include <QQmlEngine>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QWindow>
 #include <cstdio>
 
 namespace {
@@ -155,4 +157,10 @@ void QuickHarness::dragAway(QQuickItem *item)
 {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(item->window(), &leave);
+}
+
+void QuickHarness::keyClick(QObject *window, int key)
+{
+    if (auto *target = qobject_cast<QWindow *>(window))
+        QTest::keyClick(target, Qt::Key(key));
 }

@@ -26,12 +26,15 @@ class QuickHarness : public QObject {
     // items spread over the categories (zero and above): for empty results and the lists' laziness.
     Q_PROPERTY(int syntheticApps MEMBER m_syntheticApps NOTIFY changed)
     Q_PROPERTY(int syntheticItems MEMBER m_syntheticItems NOTIFY changed)
+    // Set when the run was started under a dark desktop colour scheme, which the window must follow.
+    Q_PROPERTY(bool expectsDarkScheme READ expectsDarkScheme CONSTANT)
 
 public:
     explicit QuickHarness(QObject *parent = nullptr);
     ~QuickHarness() override;
 
     [[nodiscard]] QString sampleRoot() const;
+    [[nodiscard]] static bool expectsDarkScheme() { return qEnvironmentVariableIntValue("KESTRUNE_EXPECT_DARK_SCHEME") == 1; }
 
     // A fresh state object owned by the caller's JavaScript; every Trash run fails each item, so the
     // warning banner can be tested without touching a Trash.
@@ -47,6 +50,9 @@ public:
     Q_INVOKABLE bool dragOver(QQuickItem *item, const QVariantMap &data);
     Q_INVOKABLE bool dropOn(QQuickItem *item);
     Q_INVOKABLE void dragAway(QQuickItem *item);
+
+    // A key pressed and released in a window of its own: TestCase sends keys only to the test's window.
+    Q_INVOKABLE void keyClick(QObject *window, int key);
 
 Q_SIGNALS:
     void changed();

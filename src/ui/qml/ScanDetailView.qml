@@ -114,6 +114,7 @@ Item {
                     Layout.alignment: Qt.AlignHCenter
                     Layout.topMargin: 4
                     text: "Scan Library"
+                    enabled: !detail.viewModel.isScanningOrphans
                     prominent: true
                     large: true
                     onClicked: detail.viewModel.scanForRemovedApps()
