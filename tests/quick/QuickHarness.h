@@ -21,6 +21,9 @@ class QuickHarness : public QObject {
     // The version the update check offers; empty offers none.
     Q_PROPERTY(QString offeredVersion MEMBER m_offeredVersion NOTIFY changed)
     Q_PROPERTY(int trashRuns MEMBER m_trashRuns NOTIFY changed)
+    // When set, every item "moves" (nothing is touched) and can be put back; putBackRuns counts the tries.
+    Q_PROPERTY(bool trashMoves MEMBER m_trashMoves NOTIFY changed)
+    Q_PROPERTY(int putBackRuns MEMBER m_putBackRuns NOTIFY changed)
     Q_PROPERTY(QUrl lastOpenedUrl MEMBER m_lastOpenedUrl NOTIFY changed)
     // When set, discovery lists this many made-up apps (above zero) and every scan finds this many
     // items spread over the categories (zero and above): for empty results and the lists' laziness.
@@ -62,6 +65,8 @@ private:
     std::unique_ptr<QMimeData> m_dragData;
     QString m_offeredVersion;
     int m_trashRuns = 0;
+    bool m_trashMoves = false;
+    int m_putBackRuns = 0;
     QUrl m_lastOpenedUrl;
     int m_syntheticApps = 0;
     int m_syntheticItems = -1;

@@ -84,6 +84,27 @@ TestCase {
         tryVerify(() => model.lastDeletionReport.valid && !model.isDeleting, 10000)
     }
 
+    // After a removal the status bar offers Put Back until it is used.
+    function test_putBack() {
+        harness.trashMoves = true
+        const window = openWindow("")
+        selectAndScan(window, "Zeta")
+        const model = window.viewModel
+        const button = findChild(window.contentItem, "putBackButton")
+        verify(!button.visible)
+        model.selectAll()
+        const count = model.selectedItems.count
+        model.deleteSelectedItems()
+        tryVerify(() => !model.isDeleting && button.visible, 10000)
+        harness.trashMoves = false
+        verify(findChild(window.contentItem, "statusBar").visible)
+        const runs = harness.putBackRuns
+        mouseClick(button)
+        compare(harness.putBackRuns, runs + 1)
+        tryCompare(model, "statusMessage", "Put back " + count + " items.")
+        verify(!button.visible)
+    }
+
     // True when a shown focus ring surrounds the item's centre.
     function ringAround(window, item) {
         let root = window.contentItem
