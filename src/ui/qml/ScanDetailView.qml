@@ -69,6 +69,8 @@ Item {
                 }
                 AppDropZoneView {
                     Layout.alignment: Qt.AlignHCenter
+                    // A layout fills its cell unless told not to.
+                    Layout.fillWidth: false
                     Layout.preferredWidth: Math.min(parent.width - 80, 560)
                     isProcessing: detail.viewModel.isDropProcessing
                     onAppDropped: (url) => detail.viewModel.handleDroppedApp(url)
