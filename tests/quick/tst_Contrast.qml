@@ -98,7 +98,14 @@ TestCase {
         compare(poor, [], what)
     }
 
+    function cleanup() {
+        harness.offeredVersion = ""
+        harness.trashMoves = false
+    }
+
+    // With the update banner showing.
     function openWindow() {
+        harness.offeredVersion = "9.0.0"
         const window = createTemporaryObject(windowComponent, null, {viewModel: harness.newViewModel()})
         tryVerify(() => !window.viewModel.isLoadingApps && window.viewModel.apps.count > 0, 10000)
         return window
@@ -126,6 +133,18 @@ TestCase {
         expectReadable(window, window.trashDialog.contentItem.parent, "the alert")
         window.trashDialog.close()
         tryVerify(() => !window.trashDialog.visible)
+
+        // The Trash stand-in refuses every item: the warning banner lists them.
+        model.deleteSelectedItems()
+        tryVerify(() => !model.isDeleting && model.lastDeletionReport.valid && model.lastDeletionReport.failedCount > 0, 10000)
+        expectReadable(window, window.contentItem, "after a refused removal")
+        // Now every item moves: the status bar offers Put Back.
+        harness.trashMoves = true
+        model.scanSelectedApp()
+        tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
+        model.deleteSelectedItems()
+        tryVerify(() => model.canPutBack, 10000)
+        expectReadable(window, findChild(window.contentItem, "statusBar"), "the status bar with Put Back")
     }
 
     function test_removedMode() {

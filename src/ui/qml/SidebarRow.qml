@@ -16,7 +16,8 @@ ItemDelegate {
     leftPadding: 16; rightPadding: 16; topPadding: 4; bottomPadding: 4
 
     // The list's current row follows the selection, so the arrow keys start from the selected row.
-    onHighlightedChanged: if (highlighted && ListView.view) ListView.view.currentIndex = index
+    // A row on its way out of a shrinking list may still carry its old index.
+    onHighlightedChanged: if (highlighted && ListView.view && index < ListView.view.count) ListView.view.currentIndex = index
     onClicked: {
         ListView.view.forceActiveFocus(Qt.MouseFocusReason)
         chosen()
