@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QScopeGuard>
+#include <QStorageInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -242,8 +243,13 @@ private Q_SLOTS:
         const QString folder = mountPoint + QStringLiteral("/Support/App");
         writeFile(file, "payload");
         writeFile(folder + QStringLiteral("/inner"), "inner");
-        (void)runProgram(QStringLiteral("dd"), {"if=/dev/zero", "of=" + mountPoint + "/filler", "bs=4096"});
-        ::sync();
+        // Blocks held back for delayed writes come free at a sync, so the disk is filled until none are left.
+        for (int round = 0; round < 5 && QStorageInfo(mountPoint).bytesAvailable() > 0; ++round) {
+            (void)runProgram(QStringLiteral("dd"), {"if=/dev/zero", "of=" + mountPoint + "/filler" + QString::number(round), "bs=1024"});
+            ::sync();
+            QStorageInfo(mountPoint).refresh();
+        }
+        QCOMPARE(QStorageInfo(mountPoint).bytesAvailable(), 0);
 
         const DeletionReport report = DeletionService::moveToTrash({item(file), item(folder)});
         QVERIFY(report.deleted.isEmpty());

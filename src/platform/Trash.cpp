@@ -201,9 +201,13 @@ std::optional<TrashRecord> readRecord(const QByteArray &infoFile, const QByteArr
 
 // The name under files/ of the entry that is the file with this device and inode number: a move into
 // the Trash renames, which keeps both.
-std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t device, ino_t inode)
+std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t device, ino_t inode, const QByteArray &name)
 {
     const QByteArray files = trashFolder + "/files";
+    // Most items keep their own name; a large Trash is listed only when it did not.
+    struct stat status;
+    if (lstatPath(files + '/' + name, &status) && status.st_dev == device && status.st_ino == inode)
+        return name;
     DIR *folder = ::opendir(files.constData());
     if (!folder)
         return std::nullopt;
@@ -211,7 +215,6 @@ std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t de
     while (const dirent *entry = ::readdir(folder)) {
         if (entry->d_ino != inode)
             continue;
-        struct stat status;
         if (::fstatat(::dirfd(folder), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && status.st_dev == device
             && status.st_ino == inode) {
             found = QByteArray(entry->d_name);
@@ -267,7 +270,7 @@ bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
         return true;
 
     for (const TrashFolder &trash : trashesFor(parentOf(native), before.st_dev, true)) {
-        const std::optional<QByteArray> name = entryWithInode(trash.folder, before.st_dev, before.st_ino);
+        const std::optional<QByteArray> name = entryWithInode(trash.folder, before.st_dev, before.st_ino, nameOf(native));
         if (!name)
             continue;
         const QByteArray entry = trash.folder + "/files/" + *name;
