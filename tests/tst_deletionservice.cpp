@@ -261,6 +261,16 @@ private Q_SLOTS:
         const QDir::Filters all = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System;
         QCOMPARE(QDir(trash + QStringLiteral("/files")).entryList(all), QStringList());
         QCOMPARE(QDir(trash + QStringLiteral("/info")).entryList(all), QStringList());
+
+        // With room again, the mount's own Trash keeps relative records: found, and put back.
+        for (const QString &filler : QDir(mountPoint).entryList({QStringLiteral("filler*")}))
+            QVERIFY(QFile::remove(mountPoint + QLatin1Char('/') + filler));
+        const DeletionReport moved = DeletionService::moveToTrash({item(file)});
+        QVERIFY2(moved.failed.isEmpty(), qPrintable(moved.failed.value(0).second));
+        QCOMPARE(moved.trashedPaths, QStringList{trash + QStringLiteral("/files/data")});
+        QCOMPARE(Trash::newestEntry(file), std::optional<QString>(moved.trashedPaths.first()));
+        QCOMPARE(DeletionService::putBack(DeletionService::trashedItems(moved)).restored.size(), 1);
+        QCOMPARE(readBytes(file), QByteArray("payload"));
     }
 
     // Without a home folder there is no home Trash: the message says so instead of naming a missing file.
