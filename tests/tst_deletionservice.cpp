@@ -137,6 +137,16 @@ private Q_SLOTS:
         expectTrashed(m_root + QLatin1Char('/') + names.at(1), "2");
     }
 
+    // GIO records a doubled separator as one: the record still names the item.
+    void doubledSeparator()
+    {
+        write(QStringLiteral("Caches/double"), "2");
+        const DeletionReport report = DeletionService::moveToTrash({item(m_root + QStringLiteral("/Caches//double"))});
+        QVERIFY2(report.failed.isEmpty(), qPrintable(report.failed.value(0).second));
+        QCOMPARE(DeletionService::putBack(DeletionService::trashedItems(report)).restored.size(), 1);
+        QCOMPARE(readBytes(m_root + QStringLiteral("/Caches/double")), QByteArray("2"));
+    }
+
     // Two same-named items in one run, then the name again in a later run: no copy overwrites another.
     void sameNameOverwritesNothing()
     {

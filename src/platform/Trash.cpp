@@ -238,6 +238,15 @@ bool moveFile(const QByteArray &from, const QByteArray &to, QString *error)
     return false;
 }
 
+// A path as GIO records it: absolute, without doubled or trailing separators.
+QByteArray canonical(const QByteArray &path)
+{
+    gchar *clean = g_canonicalize_filename(path.constData(), "/");
+    const QByteArray result(clean);
+    g_free(clean);
+    return result;
+}
+
 QString homeMissingMessage()
 {
     const QByteArray home(g_get_home_dir());
@@ -276,7 +285,7 @@ bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
         const QByteArray entry = trash.folder + "/files/" + *name;
         const QByteArray info = infoFileOf(trash, *name);
         const std::optional<TrashRecord> record = readRecord(info, trash.top);
-        if (record && record->originalPath == native) {
+        if (record && record->originalPath == canonical(native)) {
             if (trashedPath)
                 *trashedPath = NativePath::decode(entry);
             return true;
@@ -309,7 +318,7 @@ bool putBack(const QString &trashedPath, const QString &originalPath, QString *e
     const std::optional<TrashFolder> trash = trashOf(entry);
     const std::optional<TrashRecord> record =
         trash ? readRecord(infoFileOf(*trash, nameOf(entry)), trash->top) : std::nullopt;
-    if (!trash || !record || record->originalPath != original || !lstatPath(entry, &status)) {
+    if (!trash || !record || record->originalPath != canonical(original) || !lstatPath(entry, &status)) {
         *error = QStringLiteral("The item is no longer in the Trash.");
         return false;
     }
@@ -331,7 +340,7 @@ bool putBack(const QString &trashedPath, const QString &originalPath, QString *e
 
 std::optional<QString> newestEntry(const QString &originalPath)
 {
-    const QByteArray original = NativePath::encode(originalPath);
+    const QByteArray original = canonical(NativePath::encode(originalPath));
     const QByteArray near = existingAncestor(parentOf(original));
     struct stat status;
     if (!lstatPath(near, &status))
