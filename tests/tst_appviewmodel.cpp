@@ -580,6 +580,20 @@ private Q_SLOTS:
         QVERIFY(!model().canPutBack() && !model().lastPutBackReport());
     }
 
+    // A warning line names the path once: GIO's own messages already name it.
+    void failureLinesNameThePathOnce()
+    {
+        const LeftoverItem locked = item(QStringLiteral("/Library/Caches/locked"));
+        const LeftoverItem busy = item(QStringLiteral("/Library/Caches/busy"));
+        const DeletionReport report{{}, {{locked, QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied")},
+                                         {busy, QStringLiteral("Device or resource busy")}}};
+        const QVariantList failures = DeletionReportValue(report).failures;
+        QCOMPARE(failures.at(0).toMap().value(QStringLiteral("line")).toString(),
+                 QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied"));
+        QCOMPARE(failures.at(1).toMap().value(QStringLiteral("line")).toString(),
+                 QStringLiteral("/Library/Caches/busy: Device or resource busy"));
+    }
+
     // Dropped while the removed mode shows a group and a search is typed. A document is refused by
     // name in tst_AppDropZoneView.
     void droppedApps()

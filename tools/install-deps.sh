@@ -18,6 +18,7 @@ packages=(
     libplist-dev libglib2.0-dev libgl-dev fontconfig fonts-material-design-icons-iconfont
     fonts-dejavu-core fonts-droid-fallback fonts-noto-color-emoji
     util-linux
+    qt6ct  # a dark desktop colour scheme for the Qt Quick tests and the screenshots
 )
 missing=()
 for package in "${packages[@]}"; do

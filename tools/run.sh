@@ -18,6 +18,9 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
     "${cli[@]}" orphans
     shots="${TMPDIR:-/tmp}/kestrune-screenshots"
     QT_QPA_PLATFORM=offscreen ./build/src/ui/kestrune "${where[@]}" --screenshot "$shots"
+    # The same views under a dark desktop scheme, given as a desktop gives it (the qt6ct theme).
+    QT_QPA_PLATFORM=offscreen QT_QPA_PLATFORMTHEME=qt6ct XDG_CONFIG_HOME="$PWD/build/tests/dark-desktop" \
+        ./build/src/ui/kestrune "${where[@]}" --screenshot "$shots"
     echo "Screenshots of the window: $shots"
 else
     exec ./build/src/ui/kestrune "${where[@]}"

@@ -201,9 +201,13 @@ std::optional<TrashRecord> readRecord(const QByteArray &infoFile, const QByteArr
 
 // The name under files/ of the entry that is the file with this device and inode number: a move into
 // the Trash renames, which keeps both.
-std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t device, ino_t inode)
+std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t device, ino_t inode, const QByteArray &name)
 {
     const QByteArray files = trashFolder + "/files";
+    // Most items keep their own name; a large Trash is listed only when it did not.
+    struct stat status;
+    if (lstatPath(files + '/' + name, &status) && status.st_dev == device && status.st_ino == inode)
+        return name;
     DIR *folder = ::opendir(files.constData());
     if (!folder)
         return std::nullopt;
@@ -211,7 +215,6 @@ std::optional<QByteArray> entryWithInode(const QByteArray &trashFolder, dev_t de
     while (const dirent *entry = ::readdir(folder)) {
         if (entry->d_ino != inode)
             continue;
-        struct stat status;
         if (::fstatat(::dirfd(folder), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && status.st_dev == device
             && status.st_ino == inode) {
             found = QByteArray(entry->d_name);
@@ -233,6 +236,15 @@ bool moveFile(const QByteArray &from, const QByteArray &to, QString *error)
         return true;
     *error = takeMessage(failure, QStringLiteral("The item could not be moved."));
     return false;
+}
+
+// A path as GIO records it: absolute, without doubled or trailing separators.
+QByteArray canonical(const QByteArray &path)
+{
+    gchar *clean = g_canonicalize_filename(path.constData(), "/");
+    const QByteArray result(clean);
+    g_free(clean);
+    return result;
 }
 
 QString homeMissingMessage()
@@ -267,13 +279,13 @@ bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
         return true;
 
     for (const TrashFolder &trash : trashesFor(parentOf(native), before.st_dev, true)) {
-        const std::optional<QByteArray> name = entryWithInode(trash.folder, before.st_dev, before.st_ino);
+        const std::optional<QByteArray> name = entryWithInode(trash.folder, before.st_dev, before.st_ino, nameOf(native));
         if (!name)
             continue;
         const QByteArray entry = trash.folder + "/files/" + *name;
         const QByteArray info = infoFileOf(trash, *name);
         const std::optional<TrashRecord> record = readRecord(info, trash.top);
-        if (record && record->originalPath == native) {
+        if (record && record->originalPath == canonical(native)) {
             if (trashedPath)
                 *trashedPath = NativePath::decode(entry);
             return true;
@@ -306,7 +318,7 @@ bool putBack(const QString &trashedPath, const QString &originalPath, QString *e
     const std::optional<TrashFolder> trash = trashOf(entry);
     const std::optional<TrashRecord> record =
         trash ? readRecord(infoFileOf(*trash, nameOf(entry)), trash->top) : std::nullopt;
-    if (!trash || !record || record->originalPath != original || !lstatPath(entry, &status)) {
+    if (!trash || !record || record->originalPath != canonical(original) || !lstatPath(entry, &status)) {
         *error = QStringLiteral("The item is no longer in the Trash.");
         return false;
     }
@@ -328,7 +340,7 @@ bool putBack(const QString &trashedPath, const QString &originalPath, QString *e
 
 std::optional<QString> newestEntry(const QString &originalPath)
 {
-    const QByteArray original = NativePath::encode(originalPath);
+    const QByteArray original = canonical(NativePath::encode(originalPath));
     const QByteArray near = existingAncestor(parentOf(original));
     struct stat status;
     if (!lstatPath(near, &status))

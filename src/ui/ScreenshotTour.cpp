@@ -64,49 +64,17 @@ AppViewModelServices tourServices(const QFuture<void> &appsRelease, const QFutur
     return services;
 }
 
-// Close to the platform's dark appearance: dark grey window, darker controls, light text.
-QPalette darkPalette()
+// The desktop's own scheme names the pictures: the tour never sets a palette, so a dark picture shows
+// what a dark desktop gives the window.
+bool desktopIsDark()
 {
-    QPalette palette;
-    const QColor window(0x2a, 0x2a, 0x2c);
-    const QColor base(0x1e, 0x1e, 0x20);
-    const QColor text(0xec, 0xec, 0xee);
-    const QColor button(0x3a, 0x3a, 0x3c);
-    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
-        palette.setColor(group, QPalette::Window, window);
-        palette.setColor(group, QPalette::WindowText, text);
-        palette.setColor(group, QPalette::Base, base);
-        palette.setColor(group, QPalette::AlternateBase, window);
-        palette.setColor(group, QPalette::Text, text);
-        palette.setColor(group, QPalette::Button, button);
-        palette.setColor(group, QPalette::ButtonText, text);
-        palette.setColor(group, QPalette::BrightText, Qt::white);
-        palette.setColor(group, QPalette::Light, QColor(0x55, 0x55, 0x58));
-        palette.setColor(group, QPalette::Midlight, QColor(0x46, 0x46, 0x49));
-        palette.setColor(group, QPalette::Mid, QColor(0x30, 0x30, 0x32));
-        palette.setColor(group, QPalette::Dark, QColor(0x18, 0x18, 0x1a));
-        palette.setColor(group, QPalette::Shadow, Qt::black);
-        palette.setColor(group, QPalette::Highlight, QColor(0x1f, 0x9e, 0xc7));
-        palette.setColor(group, QPalette::HighlightedText, Qt::white);
-        palette.setColor(group, QPalette::ToolTipBase, button);
-        palette.setColor(group, QPalette::ToolTipText, text);
-        palette.setColor(group, QPalette::PlaceholderText, QColor(0x8e, 0x8e, 0x93));
-        palette.setColor(group, QPalette::Link, QColor(0x4c, 0xb8, 0xe0));
-    }
-    const QColor disabled(0x7a, 0x7a, 0x7e);
-    palette.setColor(QPalette::Disabled, QPalette::Window, window);
-    palette.setColor(QPalette::Disabled, QPalette::Base, base);
-    palette.setColor(QPalette::Disabled, QPalette::Button, button);
-    palette.setColor(QPalette::Disabled, QPalette::WindowText, disabled);
-    palette.setColor(QPalette::Disabled, QPalette::Text, disabled);
-    palette.setColor(QPalette::Disabled, QPalette::ButtonText, disabled);
-    return palette;
+    return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
 }
 
 class Tour : public QObject {
 public:
     Tour(QQuickWindow *window, QString folder, QObject *parent)
-        : QObject(parent), m_window(window), m_folder(std::move(folder)), m_lightPalette(QGuiApplication::palette()),
+        : QObject(parent), m_window(window), m_folder(std::move(folder)),
           m_viewModel(new AppViewModel(tourServices(m_appsRelease.future(), m_removedScanRelease.future()), this))
     {
         m_appsRelease.start();
@@ -138,22 +106,18 @@ private:
     }
     void add(std::function<void()> run) { add(QString(), [] { return true; }, std::move(run)); }
 
-    // A light and a dark picture of whatever the window shows now. A popup is opened anew in each
-    // appearance (`open` until `isOpen`, then `close`), as it keeps the colours it was opened with.
+    // A picture of whatever the window shows now, in the desktop's scheme; a popup is opened for it
+    // (`open` until `isOpen`) and closed after it.
     void addShot(const QString &name, const std::function<void()> &open = {}, const std::function<bool()> &isOpen = {},
                  const std::function<void()> &close = {})
     {
-        for (const bool dark : {false, true}) {
-            add([this, dark] { QGuiApplication::setPalette(dark ? darkPalette() : m_lightPalette); });
-            if (open) {
-                add(open);
-                add(name + QStringLiteral(" to open"), isOpen, [] {});
-            }
-            add([this, name, dark] { save(name + (dark ? QStringLiteral("-dark.png") : QStringLiteral("-light.png"))); });
-            if (close)
-                add(close);
+        if (open) {
+            add(open);
+            add(name + QStringLiteral(" to open"), isOpen, [] {});
         }
-        add([this] { QGuiApplication::setPalette(m_lightPalette); });
+        add([this, name] { save(name + (desktopIsDark() ? QStringLiteral("-dark.png") : QStringLiteral("-light.png"))); });
+        if (close)
+            add(close);
     }
 
     // Scrolls a list of the window, found by its object name, with one of its own functions (QML
@@ -298,7 +262,6 @@ private:
 
     QQuickWindow *m_window;
     QString m_folder;
-    QPalette m_lightPalette;
     QPromise<void> m_appsRelease;
     QPromise<void> m_removedScanRelease;
     AppViewModel *m_viewModel;

@@ -11,6 +11,8 @@
 #include <QQuickWindow>
 #include <QQmlEngine>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QWindow>
 #include <cstdio>
 
 namespace {
@@ -51,8 +53,22 @@ QObject *QuickHarness::newViewModel()
         ++m_trashRuns;
         Q_EMIT changed();
         DeletionReport report;
-        for (const LeftoverItem &item : items)
-            report.failed.append({item, QStringLiteral("Operation not permitted")});
+        for (const LeftoverItem &item : items) {
+            if (m_trashMoves) {
+                report.deleted.append(item);
+                report.trashedPaths.append(QStringLiteral("/Trash/files/") + item.name());
+            } else {
+                report.failed.append({item, QStringLiteral("Operation not permitted")});
+            }
+        }
+        return finished(report);
+    };
+    services.putBack = [this](const QList<TrashedItem> &items) {
+        ++m_putBackRuns;
+        Q_EMIT changed();
+        RestoreReport report;
+        for (const TrashedItem &entry : items)
+            report.restored.append(entry.item);
         return finished(report);
     };
     services.playDeletionComplete = [] {};
@@ -155,4 +171,10 @@ void QuickHarness::dragAway(QQuickItem *item)
 {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(item->window(), &leave);
+}
+
+void QuickHarness::keyClick(QObject *window, int key)
+{
+    if (auto *target = qobject_cast<QWindow *>(window))
+        QTest::keyClick(target, Qt::Key(key));
 }

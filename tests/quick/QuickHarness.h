@@ -21,17 +21,23 @@ class QuickHarness : public QObject {
     // The version the update check offers; empty offers none.
     Q_PROPERTY(QString offeredVersion MEMBER m_offeredVersion NOTIFY changed)
     Q_PROPERTY(int trashRuns MEMBER m_trashRuns NOTIFY changed)
+    // When set, every item "moves" (nothing is touched) and can be put back; putBackRuns counts the tries.
+    Q_PROPERTY(bool trashMoves MEMBER m_trashMoves NOTIFY changed)
+    Q_PROPERTY(int putBackRuns MEMBER m_putBackRuns NOTIFY changed)
     Q_PROPERTY(QUrl lastOpenedUrl MEMBER m_lastOpenedUrl NOTIFY changed)
     // When set, discovery lists this many made-up apps (above zero) and every scan finds this many
     // items spread over the categories (zero and above): for empty results and the lists' laziness.
     Q_PROPERTY(int syntheticApps MEMBER m_syntheticApps NOTIFY changed)
     Q_PROPERTY(int syntheticItems MEMBER m_syntheticItems NOTIFY changed)
+    // Set when the run was started under a dark desktop colour scheme, which the window must follow.
+    Q_PROPERTY(bool expectsDarkScheme READ expectsDarkScheme CONSTANT)
 
 public:
     explicit QuickHarness(QObject *parent = nullptr);
     ~QuickHarness() override;
 
     [[nodiscard]] QString sampleRoot() const;
+    [[nodiscard]] static bool expectsDarkScheme() { return qEnvironmentVariableIntValue("KESTRUNE_EXPECT_DARK_SCHEME") == 1; }
 
     // A fresh state object owned by the caller's JavaScript; every Trash run fails each item, so the
     // warning banner can be tested without touching a Trash.
@@ -48,6 +54,9 @@ public:
     Q_INVOKABLE bool dropOn(QQuickItem *item);
     Q_INVOKABLE void dragAway(QQuickItem *item);
 
+    // A key pressed and released in a window of its own: TestCase sends keys only to the test's window.
+    Q_INVOKABLE void keyClick(QObject *window, int key);
+
 Q_SIGNALS:
     void changed();
 
@@ -56,6 +65,8 @@ private:
     std::unique_ptr<QMimeData> m_dragData;
     QString m_offeredVersion;
     int m_trashRuns = 0;
+    bool m_trashMoves = false;
+    int m_putBackRuns = 0;
     QUrl m_lastOpenedUrl;
     int m_syntheticApps = 0;
     int m_syntheticItems = -1;

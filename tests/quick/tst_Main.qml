@@ -14,6 +14,9 @@ TestCase {
         harness.offeredVersion = offeredVersion
         const window = createTemporaryObject(windowComponent, null, {viewModel: harness.newViewModel()})
         tryVerify(() => !window.viewModel.isLoadingApps && window.viewModel.apps.count > 0, 10000)
+        // Keys reach only the active window's focused item.
+        window.requestActivate()
+        tryVerify(() => window.active)
         return window
     }
 
@@ -79,5 +82,133 @@ TestCase {
         verify(!model.showDeleteConfirmation)
         tryVerify(() => harness.trashRuns === runs + 1) // after the bundle check, off the main thread
         tryVerify(() => model.lastDeletionReport.valid && !model.isDeleting, 10000)
+    }
+
+    // After a removal the status bar offers Put Back until it is used.
+    function test_putBack() {
+        harness.trashMoves = true
+        const window = openWindow("")
+        selectAndScan(window, "Zeta")
+        const model = window.viewModel
+        const button = findChild(window.contentItem, "putBackButton")
+        verify(!button.visible)
+        model.selectAll()
+        const count = model.selectedItems.count
+        model.deleteSelectedItems()
+        tryVerify(() => !model.isDeleting && button.visible, 10000)
+        harness.trashMoves = false
+        verify(findChild(window.contentItem, "statusBar").visible)
+        const runs = harness.putBackRuns
+        mouseClick(button)
+        compare(harness.putBackRuns, runs + 1)
+        tryCompare(model, "statusMessage", "Put back " + count + " items.")
+        verify(!button.visible)
+    }
+
+    // True when a shown focus ring surrounds the item's centre.
+    function ringAround(window, item) {
+        let root = window.contentItem
+        while (root.parent)
+            root = root.parent
+        const centre = item.mapToItem(root, item.width / 2, item.height / 2)
+        const rings = []
+        const collect = (node) => {
+            if (!node || !node.visible)
+                return
+            if (node.objectName === "focusRing")
+                rings.push(node)
+            for (let i = 0; i < node.children.length; ++i)
+                collect(node.children[i])
+        }
+        collect(root)
+        return rings.some((ring) => {
+            const box = ring.mapToItem(root, 0, 0, ring.width, ring.height)
+            return centre.x >= box.x && centre.x <= box.x + box.width && centre.y >= box.y && centre.y <= box.y + box.height
+        })
+    }
+
+    // Each key that can press a button, in a freshly opened alert, presses Cancel; Escape cancels too.
+    // The destructive button is reached by Tab, shows its focus, and is forgotten at the next opening.
+    function test_alertKeys() {
+        const window = openWindow("")
+        selectAndScan(window, "Zeta")
+        const model = window.viewModel
+        const dialog = window.trashDialog
+        const cancel = findChild(dialog.footer, "cancelTrashButton")
+        const confirm = findChild(dialog.footer, "confirmTrashButton")
+        const runs = harness.trashRuns
+        for (const key of [Qt.Key_Space, Qt.Key_Return, Qt.Key_Enter, Qt.Key_Escape]) {
+            model.confirmDelete()
+            tryVerify(() => dialog.opened)
+            verify(cancel.activeFocus, "Cancel has the focus, key " + key)
+            verify(ringAround(window, cancel), "Cancel shows its focus")
+            verify(!ringAround(window, confirm))
+            harness.keyClick(window, key)
+            tryVerify(() => !dialog.visible)
+            verify(!model.showDeleteConfirmation)
+            compare(harness.trashRuns, runs, "key " + key + " moved nothing")
+        }
+
+        model.confirmDelete()
+        tryVerify(() => dialog.opened)
+        harness.keyClick(window, Qt.Key_Tab)
+        verify(confirm.activeFocus && ringAround(window, confirm) && !ringAround(window, cancel))
+        harness.keyClick(window, Qt.Key_Escape)
+        tryVerify(() => !dialog.visible)
+        model.confirmDelete()
+        tryVerify(() => dialog.opened)
+        verify(cancel.activeFocus, "the focus is not remembered between openings")
+        harness.keyClick(window, Qt.Key_Tab)
+        harness.keyClick(window, Qt.Key_Return)
+        tryVerify(() => !dialog.visible)
+        compare(harness.trashRuns, runs + 1)
+    }
+
+    // Tab visits every control of the window, each visibly marked when it has the focus.
+    function test_everyFocusIsVisible() {
+        const window = openWindow("")
+        selectAndScan(window, "Zeta")
+        window.viewModel.searchText = ""
+        const visited = []
+        for (let i = 0; i < 40; ++i) {
+            harness.keyClick(window, Qt.Key_Tab)
+            const item = window.activeFocusItem
+            verify(item !== null)
+            if (visited.indexOf(item) >= 0)
+                break
+            visited.push(item)
+            verify(ringAround(window, item), "focus mark on " + item + " " + (item.text || item.objectName))
+        }
+        verify(visited.length >= 6, "controls reached: " + visited.length)
+        const list = findChild(window.contentItem, "appList")
+        verify(visited.some((item) => { for (let a = item; a; a = a.parent) if (a === list) return true; return false }),
+               "the app list is reached")
+    }
+
+    // Keyboard only: the arrow keys walk the app list, Return scans the selected app; in the removed
+    // mode they walk the groups.
+    function test_sidebarKeys() {
+        const window = openWindow("")
+        const model = window.viewModel
+        const list = findChild(window.contentItem, "appList")
+        list.forceActiveFocus(Qt.TabFocusReason)
+        compare(model.selectedApp.id, model.apps.count > 0 ? list.itemAtIndex(0).rowId : "")
+        harness.keyClick(window, Qt.Key_Down)
+        compare(model.selectedApp.id, list.itemAtIndex(1).rowId)
+        harness.keyClick(window, Qt.Key_Down)
+        harness.keyClick(window, Qt.Key_Up)
+        compare(model.selectedApp.id, list.itemAtIndex(1).rowId)
+        verify(ringAround(window, list.itemAtIndex(1)))
+        harness.keyClick(window, Qt.Key_Return)
+        tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
+
+        model.switchSidebarMode(SidebarMode.Removed)
+        tryVerify(() => !model.isScanningOrphans && model.selectedOrphan.valid, 20000)
+        const groups = findChild(window.contentItem, "orphanList")
+        groups.forceActiveFocus(Qt.TabFocusReason)
+        harness.keyClick(window, Qt.Key_Down)
+        compare(model.selectedOrphan.id, groups.itemAtIndex(1).rowId)
+        harness.keyClick(window, Qt.Key_Up)
+        compare(model.selectedOrphan.id, groups.itemAtIndex(0).rowId)
     }
 }

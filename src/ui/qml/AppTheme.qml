@@ -18,7 +18,8 @@ QtObject {
     readonly property color sidebarBackground: palette.window
     readonly property color windowBackground: palette.window
     readonly property color primary: palette.windowText
-    readonly property color secondary: Qt.rgba(primary.r, primary.g, primary.b, 0.55)
+    // Strong enough for 4.5:1 on the window, the cards and a selected row, light and dark.
+    readonly property color secondary: Qt.rgba(primary.r, primary.g, primary.b, 0.64)
     // A toolbar's material: the window tinted towards the text colour.
     readonly property color barBackground: Qt.tint(windowBackground, Qt.rgba(primary.r, primary.g, primary.b, 0.04))
     readonly property color subtleBorder: Qt.rgba(primary.r, primary.g, primary.b, 0.08)
@@ -26,6 +27,16 @@ QtObject {
     readonly property color orange: isDark ? "#ff9f0a" : "#f08a00"
     readonly property color gray: "#8e8e93"
     readonly property color red: isDark ? "#ff453a" : "#e0352b"
+    // The same hues deep enough (light) or bright enough (dark) for text on tints of themselves.
+    readonly property color greenText: isDark ? "#4ee06a" : "#0f5a25"
+    readonly property color orangeText: isDark ? "#ffb340" : "#8a4500"
+    readonly property color grayText: isDark ? "#c2c2c7" : "#505055"
+    readonly property color redText: isDark ? "#ffa39e" : "#b3261e"
+    // Filled buttons: the accent deepened until white text on it reads at 4.5:1.
+    readonly property color accentFill: Qt.rgba(0.07, 0.45, 0.58, 1)
+    // A selected sidebar row: a tint, so every text and badge on it keeps its own colour.
+    readonly property color selection: Qt.tint(sidebarBackground, Qt.rgba(accent.r, accent.g, accent.b, 0.2))
+    readonly property color focusRing: isDark ? Qt.lighter(accent, 1.25) : accentFill
 
     // Nearest desktop sizes for the platform's text styles.
     readonly property int title2: 22
@@ -37,8 +48,9 @@ QtObject {
     readonly property int caption2: 10
 
     function gradientStops(removed) {
-        return removed ? [accentSecondary, Qt.rgba(0.98, 0.62, 0.28, 1)]
-                       : [accent, Qt.rgba(0.18, 0.74, 0.68, 1)]
+        // Deep enough that white text reads at 4.5:1 across the whole card.
+        return removed ? [Qt.rgba(0.74, 0.25, 0.2, 1), Qt.rgba(0.66, 0.33, 0.08, 1)]
+                       : [accentFill, Qt.rgba(0.08, 0.46, 0.42, 1)]
     }
 
     function confidenceColor(confidence) {
@@ -47,6 +59,13 @@ QtObject {
         if (confidence === "Possible leftover")
             return orange
         return gray
+    }
+    function confidenceTextColor(confidence) {
+        if (confidence === "Likely removed app")
+            return greenText
+        if (confidence === "Possible leftover")
+            return orangeText
+        return grayText
     }
 
     // Platform symbol names drawn with the nearest Material Icons ligature.
@@ -62,7 +81,9 @@ QtObject {
         "app.dashed": "crop_free",
         "app.fill": "apps",
         "checkmark.circle": "check_circle_outline",
-        "app.badge.checkmark.fill": "inventory_2",
+        // An app with a checkmark badge: the app glyph, and the badge drawn over its corner.
+        "app.badge.checkmark.fill": "apps",
+        "checkmark.circle.fill": "check_circle",
         "clock.arrow.circlepath": "history",
         "trash": "delete",
         "internaldrive": "storage",

@@ -58,6 +58,7 @@ Item {
             name: toggle.checked ? "checkmark.square.fill" : "square"
             size: 20
             color: toggle.checked ? AppTheme.accent : AppTheme.secondary
+            FocusRing { shown: toggle.visualFocus; anchors.margins: -1; cornerRadius: 3 }
         }
         contentItem: Item {}
         background: null
@@ -105,7 +106,7 @@ Item {
                 anchors.centerIn: parent
                 text: "System"
                 font.pixelSize: AppTheme.caption2; font.weight: Font.DemiBold
-                color: AppTheme.orange
+                color: AppTheme.orangeText
             }
         }
     }

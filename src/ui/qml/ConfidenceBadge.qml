@@ -14,6 +14,6 @@ Rectangle {
         anchors.centerIn: parent
         text: confidence
         font.pixelSize: AppTheme.caption2; font.weight: Font.DemiBold
-        color: uncertain ? AppTheme.secondary : AppTheme.confidenceColor(confidence)
+        color: AppTheme.confidenceTextColor(confidence)
     }
 }

@@ -11,7 +11,7 @@ Button {
     property bool prominent: false
     property bool destructive: false
     property bool large: false
-    readonly property color textColor: prominent ? "white" : destructive ? AppTheme.red : AppTheme.primary
+    readonly property color textColor: prominent ? "white" : destructive ? AppTheme.redText : AppTheme.primary
 
     font.pixelSize: AppTheme.body
     font.weight: prominent ? Font.DemiBold : Font.Normal
@@ -25,6 +25,9 @@ Button {
     Layout.maximumWidth: implicitWidth
     Layout.minimumWidth: leftPadding + rightPadding + (symbol !== "" ? 24 : 0) + 24
     hoverEnabled: true
+    // Return and Enter press the focused button, as Space does.
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
 
     contentItem: RowLayout {
         spacing: 6
@@ -48,9 +51,10 @@ Button {
         radius: control.large ? 8 : 6
         readonly property real shade: control.down ? 0.14 : control.hovered ? 0.09 : 0.05
         color: control.prominent
-               ? (control.down ? Qt.darker(AppTheme.accent, 1.15) : control.hovered ? Qt.lighter(AppTheme.accent, 1.07) : AppTheme.accent)
+               ? (control.down ? Qt.darker(AppTheme.accentFill, 1.15) : control.hovered ? Qt.darker(AppTheme.accentFill, 1.07) : AppTheme.accentFill)
                : Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, shade)
         border.width: control.prominent ? 0 : 1
         border.color: Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.12)
+        FocusRing { shown: control.visualFocus; cornerRadius: parent.radius }
     }
 }

@@ -54,7 +54,7 @@ RowLayout {
             Layout.fillWidth: true
             text: header.app ? header.app.id : ""
             font.pixelSize: AppTheme.caption
-            color: header.hero ? Qt.rgba(1, 1, 1, 0.82) : AppTheme.secondary
+            color: header.hero ? Qt.rgba(1, 1, 1, 0.94) : AppTheme.secondary
             horizontalAlignment: TextEdit.AlignLeft
             wrapMode: TextEdit.Wrap
             readOnly: true

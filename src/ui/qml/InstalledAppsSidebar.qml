@@ -32,26 +32,24 @@ ColumnLayout {
         Layout.fillWidth: true; Layout.fillHeight: true
         title: "No Apps Found"; symbol: "app.dashed"; description: "Try a different search term."
     }
-    ListView {
+    SidebarList {
         id: list
         objectName: "appList"
         visible: !sidebar.viewModel.isLoadingApps && sidebar.viewModel.filteredApps.count > 0
         Layout.fillWidth: true; Layout.fillHeight: true
-        clip: true
         model: sidebar.viewModel.filteredApps
-        reuseItems: true
-        ScrollBar.vertical: ScrollBar {}
-        delegate: ItemDelegate {
+        onRowChosen: (id) => sidebar.viewModel.selectAppById(id)
+        onActivated: sidebar.viewModel.scanSelectedApp()
+        delegate: SidebarRow {
             id: row
             required property string id
             required property string name
             required property url path
             required property string formattedSize
-            width: ListView.view.width
+            rowId: id
             highlighted: sidebar.viewModel.selectedApp.id === id
-            leftPadding: 16; rightPadding: 16; topPadding: 4; bottomPadding: 4
             contentItem: AppRowView { appPath: row.path.toString(); name: row.name; formattedSize: row.formattedSize }
-            onClicked: sidebar.viewModel.selectAppById(id)
+            onChosen: sidebar.viewModel.selectAppById(id)
         }
     }
 }

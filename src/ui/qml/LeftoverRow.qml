@@ -31,6 +31,7 @@ AbstractButton {
 
     background: Rectangle {
         color: row.down ? Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.06) : "transparent"
+        FocusRing { shown: row.visualFocus; anchors.margins: 2; cornerRadius: 6 }
     }
     contentItem: RowLayout {
         spacing: 12

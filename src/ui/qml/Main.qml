@@ -14,7 +14,24 @@ ApplicationWindow {
     visible: true
     title: "Kestrune"
     color: AppTheme.sidebarBackground
-    palette.highlight: AppTheme.accent
+    // The controls' own colours follow the desktop's palette, light or dark, as the views' do.
+    palette.window: AppTheme.palette.window
+    palette.windowText: AppTheme.primary
+    palette.base: AppTheme.palette.base
+    palette.alternateBase: AppTheme.palette.alternateBase
+    palette.text: AppTheme.palette.text
+    palette.button: AppTheme.palette.button
+    palette.buttonText: AppTheme.palette.buttonText
+    palette.light: AppTheme.palette.light
+    palette.midlight: AppTheme.palette.midlight
+    palette.mid: AppTheme.palette.mid
+    palette.dark: AppTheme.palette.dark
+    palette.shadow: AppTheme.palette.shadow
+    palette.toolTipBase: AppTheme.palette.base
+    palette.toolTipText: AppTheme.palette.text
+    palette.placeholderText: AppTheme.secondary
+    palette.highlight: AppTheme.accentFill
+    palette.highlightedText: "white"
     // Reached by the tests, which cannot find popups and actions by name.
     readonly property Action checkForUpdatesAction: updatesAction
     readonly property Dialog trashDialog: trashConfirmation
@@ -162,6 +179,13 @@ ApplicationWindow {
             }
         }
         onClosed: if (window.viewModel.showDeleteConfirmation) window.viewModel.showDeleteConfirmation = false
+        // Every opening starts on Cancel, visibly, so Space, Return and Enter cancel as Escape does.
+        // Focus kept from the last opening would come back without its mark, so it is dropped first.
+        onOpened: {
+            confirmTrashButton.focus = false
+            cancelTrashButton.focus = false
+            cancelTrashButton.forceActiveFocus(Qt.TabFocusReason)
+        }
         contentItem: Text {
             objectName: "trashMessage"
             wrapMode: Text.Wrap; color: AppTheme.primary; font.pixelSize: AppTheme.body
@@ -174,15 +198,19 @@ ApplicationWindow {
             spacing: 8
             Item { Layout.fillWidth: true }
             DetailButton {
+                id: cancelTrashButton
                 objectName: "cancelTrashButton"
                 text: "Cancel"
                 Layout.bottomMargin: 20
                 onClicked: trashConfirmation.close()
             }
             DetailButton {
+                id: confirmTrashButton
                 objectName: "confirmTrashButton"
                 text: "Move to Trash"
                 destructive: true
+                // Reached by Tab only: a click elsewhere never leaves it the focused button.
+                focusPolicy: Qt.TabFocus
                 Layout.rightMargin: 20; Layout.bottomMargin: 20
                 onClicked: {
                     window.viewModel.deleteSelectedItems()

@@ -7,13 +7,19 @@ RowLayout {
     property int itemCount
     property string formattedSize
     property string confidence
-    readonly property color gradeColor: confidence === "Likely removed app" ? AppTheme.green
-                                      : confidence === "Possible leftover" ? AppTheme.orange : AppTheme.secondary
+    readonly property color gradeColor: AppTheme.confidenceColor(confidence)
     spacing: 12
     Rectangle {
         implicitWidth: 32; implicitHeight: 32; radius: 8
         color: Qt.rgba(AppTheme.accentSecondary.r, AppTheme.accentSecondary.g, AppTheme.accentSecondary.b, 0.14)
-        Symbol { anchors.centerIn: parent; name: "app.badge.checkmark.fill"; size: 16; color: AppTheme.accentSecondary }
+        Symbol { id: appSymbol; objectName: "rowSymbol"; anchors.centerIn: parent; name: "app.badge.checkmark.fill"; size: 16; color: AppTheme.accentSecondary }
+        // The badge sits on a disc of the row's own background, so it reads apart from the glyph.
+        Rectangle {
+            x: appSymbol.x + appSymbol.width - 6; y: appSymbol.y + appSymbol.height - 6
+            width: 10; height: 10; radius: 5
+            color: AppTheme.sidebarBackground
+            Symbol { anchors.centerIn: parent; name: "checkmark.circle.fill"; size: 10; color: AppTheme.accentSecondary }
+        }
     }
     ColumnLayout {
         spacing: 3
@@ -35,7 +41,7 @@ RowLayout {
             objectName: "gradeTag"
             anchors.centerIn: parent
             text: confidence === "Likely removed app" ? "High" : confidence === "Possible leftover" ? "Med" : "Low"
-            font.pixelSize: AppTheme.caption2; font.bold: true; color: gradeColor
+            font.pixelSize: AppTheme.caption2; font.bold: true; color: AppTheme.confidenceTextColor(confidence)
         }
     }
 }

@@ -39,7 +39,7 @@ ColumnLayout {
         Layout.fillWidth: true
         text: header.group ? header.group.evidenceSummary : ""
         font.pixelSize: AppTheme.subheadline
-        color: Qt.rgba(1, 1, 1, 0.86)
+        color: Qt.rgba(1, 1, 1, 0.94)
         wrapMode: Text.Wrap
         maximumLineCount: 3
         elide: Text.ElideRight
@@ -48,7 +48,7 @@ ColumnLayout {
         Layout.fillWidth: true
         text: "No matching app in /Applications. Delete only if you recognize this app."
         font.pixelSize: AppTheme.caption
-        color: Qt.rgba(1, 1, 1, 0.72)
+        color: Qt.rgba(1, 1, 1, 0.94)
         wrapMode: Text.Wrap
     }
     Flow {

@@ -41,6 +41,7 @@ ColumnLayout {
                     name: uncertainToggle.checked ? "checkmark.square.fill" : "square"
                     size: 16
                     color: uncertainToggle.checked ? AppTheme.accent : AppTheme.secondary
+                    FocusRing { shown: uncertainToggle.visualFocus; anchors.margins: -1; cornerRadius: 3 }
                 }
                 contentItem: Text {
                     leftPadding: 20
@@ -79,9 +80,10 @@ ColumnLayout {
             title: "No Confident Matches"; symbol: "checkmark.circle"
             description: "No strong leftovers from removed apps were found."
         }
-        Button {
+        DetailButton {
             objectName: "scanAgainButton"
             Layout.alignment: Qt.AlignHCenter
+            Layout.fillWidth: false
             text: "Scan Again"
             onClicked: sidebar.viewModel.scanForRemovedApps()
         }
@@ -94,29 +96,26 @@ ColumnLayout {
         Layout.fillWidth: true; Layout.fillHeight: true
         title: "No Matches"; symbol: "magnifyingglass"; description: "Try a different search term."
     }
-    ListView {
+    SidebarList {
         objectName: "orphanList"
         visible: !sidebar.viewModel.isScanningOrphans && sidebar.viewModel.filteredOrphans.count > 0
         Layout.fillWidth: true; Layout.fillHeight: true
-        clip: true
         model: sidebar.viewModel.filteredOrphans
-        reuseItems: true
-        ScrollBar.vertical: ScrollBar {}
-        delegate: ItemDelegate {
+        onRowChosen: (id) => sidebar.viewModel.selectOrphanById(id)
+        delegate: SidebarRow {
             id: row
             required property string id
             required property string displayName
             required property int itemCount
             required property string formattedSize
             required property string confidence
-            width: ListView.view.width
+            rowId: id
             highlighted: sidebar.viewModel.selectedOrphan.id === id
-            leftPadding: 16; rightPadding: 16; topPadding: 4; bottomPadding: 4
             contentItem: OrphanedAppRowView {
                 displayName: row.displayName; itemCount: row.itemCount
                 formattedSize: row.formattedSize; confidence: row.confidence
             }
-            onClicked: sidebar.viewModel.selectOrphanById(id)
+            onChosen: sidebar.viewModel.selectOrphanById(id)
         }
     }
 }

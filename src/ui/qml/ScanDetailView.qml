@@ -69,6 +69,8 @@ Item {
                 }
                 AppDropZoneView {
                     Layout.alignment: Qt.AlignHCenter
+                    // A layout fills its cell unless told not to.
+                    Layout.fillWidth: false
                     Layout.preferredWidth: Math.min(parent.width - 80, 560)
                     isProcessing: detail.viewModel.isDropProcessing
                     onAppDropped: (url) => detail.viewModel.handleDroppedApp(url)
@@ -114,6 +116,7 @@ Item {
                     Layout.alignment: Qt.AlignHCenter
                     Layout.topMargin: 4
                     text: "Scan Library"
+                    enabled: !detail.viewModel.isScanningOrphans
                     prominent: true
                     large: true
                     onClicked: detail.viewModel.scanForRemovedApps()

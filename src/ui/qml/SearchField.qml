@@ -16,6 +16,7 @@ Item {
         radius: AppTheme.cornerRadiusSmall
         color: AppTheme.cardBackground
         border.color: AppTheme.subtleBorder
+        FocusRing { shown: field.activeFocus; cornerRadius: box.radius }
         RowLayout {
             id: row
             anchors.fill: parent; anchors.leftMargin: 12; anchors.rightMargin: 12
@@ -30,6 +31,10 @@ Item {
                 background: null
                 padding: 0
                 font.pixelSize: AppTheme.body
+                color: AppTheme.primary
+                placeholderTextColor: AppTheme.secondary
+                selectionColor: AppTheme.accentFill
+                selectedTextColor: "white"
                 onTextEdited: search.edited(text)
             }
         }

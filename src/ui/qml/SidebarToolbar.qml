@@ -20,7 +20,13 @@ Item {
         }
         Item { Layout.fillWidth: true }
         ToolButton {
+            id: refreshButton
             objectName: "refreshButton"
+            background: Rectangle {
+                implicitWidth: 28; implicitHeight: 28; radius: 6
+                color: refreshButton.hovered ? Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.07) : "transparent"
+                FocusRing { shown: refreshButton.visualFocus; cornerRadius: 6 }
+            }
             contentItem: Symbol { name: "arrow.clockwise"; size: 18; color: AppTheme.accent }
             ToolTip.text: bar.refreshHelp
             ToolTip.visible: hovered

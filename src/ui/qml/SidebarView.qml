@@ -50,6 +50,7 @@ Rectangle {
                         radius: 5
                         color: segment.chosen ? AppTheme.cardBackground : "transparent"
                         border.color: segment.chosen ? AppTheme.subtleBorder : "transparent"
+                        FocusRing { shown: segment.visualFocus; anchors.margins: -1; cornerRadius: 5 }
                     }
                     onClicked: {
                         sidebar.viewModel.switchSidebarMode(modelData)

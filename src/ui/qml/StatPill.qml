@@ -10,7 +10,7 @@ Rectangle {
     implicitWidth: row.implicitWidth + 20
     implicitHeight: row.implicitHeight + 16
     radius: 12
-    color: onHero ? Qt.rgba(1, 1, 1, 0.12) : Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.04)
+    color: onHero ? Qt.rgba(0, 0, 0, 0.16) : Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.04)
     RowLayout {
         id: row
         anchors.centerIn: parent
@@ -18,7 +18,7 @@ Rectangle {
         Symbol { name: systemImage; size: 14; color: onHero ? "white" : AppTheme.accent }
         ColumnLayout {
             spacing: 0
-            Text { text: title; font.pixelSize: AppTheme.caption2; color: onHero ? Qt.rgba(1, 1, 1, 0.72) : AppTheme.secondary }
+            Text { text: title; font.pixelSize: AppTheme.caption2; color: onHero ? Qt.rgba(1, 1, 1, 0.94) : AppTheme.secondary }
             Text {
                 text: value
                 font.pixelSize: AppTheme.caption; font.weight: Font.DemiBold

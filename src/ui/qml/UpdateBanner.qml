@@ -54,7 +54,9 @@ Item {
                     font.pixelSize: AppTheme.body
                     color: later.hovered ? AppTheme.primary : AppTheme.secondary
                 }
-                background: null
+                background: Item {
+                    FocusRing { shown: later.visualFocus; anchors.margins: -2; cornerRadius: 4 }
+                }
                 hoverEnabled: true
                 onClicked: banner.dismiss()
             }

@@ -20,7 +20,7 @@ Rectangle {
             Text {
                 text: banner.title
                 font.pixelSize: AppTheme.headline; font.weight: Font.DemiBold
-                color: AppTheme.orange
+                color: AppTheme.orangeText
             }
         }
         Repeater {
