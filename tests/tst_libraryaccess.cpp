@@ -30,7 +30,9 @@ private Q_SLOTS:
         QTest::newRow("containers refused") << both << "Library/Containers" << true;
         QTest::newRow("one app's container refused") << both << "Library/Containers/com.other.app" << true;
         QTest::newRow("group container refused") << both << "Library/Group Containers/group.com.other" << true;
-        QTest::newRow("deeper folders are the scanners' business") << both << "Library/Containers/com.other.app/Data" << false;
+        QTest::newRow("container data refused") << both << "Library/Containers/com.other.app/Data" << true;
+        QTest::newRow("deeper folders are the scanners' business") << both + QStringList{"Library/Containers/com.other.app/Data/Library"}
+                                                                   << "Library/Containers/com.other.app/Data/Library" << false;
         QTest::newRow("elsewhere in Library") << both + QStringList{"Library/Caches/locked"} << "Library/Caches/locked" << false;
     }
 
