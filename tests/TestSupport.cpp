@@ -163,6 +163,9 @@ int execWithPrivateTrash(QObject *test, int argc, char *argv[])
         return 1;
     qputenv("HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/home")));
     qputenv("XDG_DATA_HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/data")));
+    // Foundation takes the user's home, and with it the Trash, from the account, not from HOME; this is
+    // the variable it honours instead.
+    qputenv("CFFIXED_USER_HOME", QFile::encodeName(sandbox.path() + QStringLiteral("/home")));
     QDir().mkpath(sandbox.path() + QStringLiteral("/home"));
     // Trashed names need not be UTF-8, which QTemporaryDir cannot delete.
     sweepOnExit(sandbox.path());

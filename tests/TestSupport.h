@@ -64,8 +64,9 @@ struct Trashed { QString name; QByteArray originalPath; };
 // A file's bytes read with POSIX calls (names that are not UTF-8 included); "<unreadable>" on failure.
 [[nodiscard]] QByteArray readBytes(const QString &path);
 
-// Runs the test object with HOME and XDG_DATA_HOME in a private temporary folder, set before GLib
-// first reads them, so that nothing reaches the real Trash. Call from main after QCoreApplication.
+// Runs the test object with HOME and XDG_DATA_HOME (on a Mac also CFFIXED_USER_HOME, whose .Trash the
+// platform Trash then uses) in a private temporary folder, set before the first item is trashed, so
+// that nothing reaches the real Trash. Call from main after QCoreApplication.
 int execWithPrivateTrash(QObject *test, int argc, char *argv[]);
 
 } // namespace TestSupport

@@ -10,18 +10,21 @@ sample="${TMPDIR:-/tmp}/kestrune-sample-mac"
 [ -e "$sample/.kestrune-sample-mac" ] && rm -rf "$sample"
 python3 tools/make_sample_mac.py --out "$sample"
 where=(--root "$sample" --home "$sample/Users/ann")
-if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+window=./build/src/ui/kestrune
+[ "$(uname -s)" = Darwin ] && window=./build/src/ui/Kestrune.app/Contents/MacOS/Kestrune
+# A Mac always has its display; elsewhere X11 or Wayland says so.
+if [ "$(uname -s)" != Darwin ] && [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
     # No display: the command line's view of the sample Mac, then pictures of the window.
     cli=(./build/src/cli/kestrune-cli "${where[@]}")
     "${cli[@]}" apps
     "${cli[@]}" scan "Acme Notes"
     "${cli[@]}" orphans
     shots="${TMPDIR:-/tmp}/kestrune-screenshots"
-    QT_QPA_PLATFORM=offscreen ./build/src/ui/kestrune "${where[@]}" --screenshot "$shots"
+    QT_QPA_PLATFORM=offscreen "$window" "${where[@]}" --screenshot "$shots"
     # The same views under a dark desktop scheme, given as a desktop gives it (the qt6ct theme).
     QT_QPA_PLATFORM=offscreen QT_QPA_PLATFORMTHEME=qt6ct XDG_CONFIG_HOME="$PWD/build/tests/dark-desktop" \
-        ./build/src/ui/kestrune "${where[@]}" --screenshot "$shots"
+        "$window" "${where[@]}" --screenshot "$shots"
     echo "Screenshots of the window: $shots"
 else
-    exec ./build/src/ui/kestrune "${where[@]}"
+    exec "$window" "${where[@]}"
 fi

@@ -25,8 +25,10 @@ bool isRefused()
         const auto entries = FileSystem::contentsOfDirectory(folder);
         if (!entries)
             continue;
+        // An app's container may list while its Data folder, where the files are, is refused.
+        const bool perApp = relative.endsWith(QLatin1StringView("/Containers"));
         for (const FileSystem::DirectoryEntry &entry : *entries) {
-            if (refuses(entry.path))
+            if (refuses(entry.path) || (perApp && refuses(entry.path + QStringLiteral("/Data"))))
                 return true;
         }
     }

@@ -6,8 +6,8 @@
 // macOS 14 unless the program has Full Disk Access; the scanners pass over such folders silently.
 namespace LibraryAccess {
 
-// True when one of those folders, or a folder directly inside them, exists but cannot be listed. Does
-// file work: call it off the main thread.
+// True when one of those folders, a folder directly inside them, or an app container's Data folder
+// exists but cannot be listed. Does file work: call it off the main thread.
 [[nodiscard]] bool isRefused();
 
 } // namespace LibraryAccess

@@ -34,24 +34,24 @@ Q_IMPORT_QML_PLUGIN(KestrunePlugin)
 #ifdef Q_OS_MACOS
 namespace {
 
-// The Mac's own menu bar: Qt 6.4-6.7 would draw the window's QML MenuBar inside the window. The roles
-// move About, Check for Updates… and Quit into the application menu.
+// The Mac's own menu bar: Qt 6.4-6.7 would draw the window's QML MenuBar inside the window. About,
+// Check for Updates… and Quit move into the application menu by their roles; Close Window stays.
 void installMenuBar(QMenuBar &bar, AppViewModel &viewModel)
 {
-    QMenu *application = bar.addMenu(QStringLiteral("Kestrune"));
-    QAction *about = application->addAction(QStringLiteral("About Kestrune"), &bar, [] { (void)MacPlatform::showAboutPanel(); });
-    about->setMenuRole(QAction::AboutRole);
-    QAction *updates = application->addAction(QStringLiteral("Check for Updates…"), &viewModel,
-                                              [&viewModel] { viewModel.checkForUpdates(true); });
-    updates->setMenuRole(QAction::ApplicationSpecificRole);
-    QAction *quit = application->addAction(QStringLiteral("Quit Kestrune"), &bar, [] { QCoreApplication::quit(); });
-    quit->setMenuRole(QAction::QuitRole);
     QMenu *file = bar.addMenu(QStringLiteral("File"));
+    QAction *about = file->addAction(QStringLiteral("About Kestrune"), &bar, [] { (void)MacPlatform::showAboutPanel(); });
+    about->setMenuRole(QAction::AboutRole);
+    QAction *updates = file->addAction(QStringLiteral("Check for Updates…"), &viewModel,
+                                       [&viewModel] { viewModel.checkForUpdates(true); });
+    updates->setMenuRole(QAction::ApplicationSpecificRole);
+    QAction *quit = file->addAction(QStringLiteral("Quit Kestrune"), &bar, [] { QCoreApplication::quit(); });
+    quit->setMenuRole(QAction::QuitRole);
     QAction *close = file->addAction(QStringLiteral("Close Window"), &bar, [] {
         if (QWindow *window = QGuiApplication::focusWindow())
             window->close();
     });
     close->setShortcut(QKeySequence::Close);
+    close->setMenuRole(QAction::NoRole);
 }
 
 } // namespace
