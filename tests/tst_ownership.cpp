@@ -304,6 +304,11 @@ private Q_SLOTS:
         for (const LeftoverItem &item : group->items)
             found.append(relative(item.path()));
         QCOMPARE(found, items);
+        for (const LeftoverItem &item : group->items) {
+            const bool launched = item.category == LeftoverCategory::launchAgents || item.category == LeftoverCategory::launchDaemons;
+            QCOMPARE(FoundByValues::rawValue(item.foundBy), launched ? QStringLiteral("launch item") : QStringLiteral("folder listing"));
+            QVERIFY(item.matched && (!launched || item.matched->startsWith(QLatin1String("/Applications/Vanished Backup.app/"))));
+        }
         // Every item of every group nobody else owns.
         const AppIdentityIndex::Index index = AppIdentityIndex::build();
         for (const OrphanedAppGroup &g : groups) {

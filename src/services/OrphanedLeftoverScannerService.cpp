@@ -346,7 +346,9 @@ void scanGroupContainers(SearchContext &context, const Recorder &addItem)
 }
 
 // Launch items whose program lies in an app bundle that is gone: that app's leftovers, by the bundle's name.
-void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &identities, const Recorder &addItem)
+// Each recorded item's program goes into programs, as what matched.
+void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &identities, const Recorder &addItem,
+                     QHash<QString, QString> &programs)
 {
     const std::array<std::pair<QString, LeftoverCategory>, 3> folders = {{
         {FileSystemLayout::homePath(QStringLiteral("/Library/LaunchAgents")), LeftoverCategory::launchAgents},
@@ -375,6 +377,7 @@ void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &iden
                     continue;
                 const Metadata metadata = context.resolveMetadata(std::nullopt, name);
                 addItem(entry.path, category, metadata.identity, metadata.bundleID, metadata.displayName);
+                programs.insert(entry.path, program);
                 break;
             }
         }
@@ -485,7 +488,8 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     scanSavedState(context, addItem);
     scanWebKitAndHTTP(context, addItem);
     scanGroupContainers(context, addItem);
-    scanLaunchItems(context, identities, addItem);
+    QHash<QString, QString> launchPrograms;
+    scanLaunchItems(context, identities, addItem, launchPrograms);
     scanPreferenceFiles(context, groups, addItem);
     scanScriptsAndCookies(context, groups, addItem);
 
@@ -519,8 +523,11 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         if (!displayName && group.bundleIdentifier)
             displayName = context.displayNameFromPreferences(*group.bundleIdentifier);
         QList<LeftoverItem> items = group.items;
-        for (LeftoverItem &item : items)
+        for (LeftoverItem &item : items) {
             item.size = FileSizeCalculator::quickItemSize(item.path());
+            if (const auto program = launchPrograms.constFind(item.path()); program != launchPrograms.constEnd())
+                item.matched = *program;
+        }
         std::stable_sort(items.begin(), items.end(), [](const LeftoverItem &a, const LeftoverItem &b) {
             return TextCompare::localizedCaseInsensitiveLess(a.path(), b.path());
         });
