@@ -455,6 +455,7 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     SearchContext context(literalReading);
     context.buildPreferenceIndex();
 
+    QHash<QString, bool> installedIdentifiers;
     const Recorder addItem = [&](const QString &path, LeftoverCategory category, const QString &identity,
                                  const std::optional<QString> &bundleID, const std::optional<QString> &displayName) {
         if (seenPaths.contains(path))
@@ -466,8 +467,13 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         const QString name = FileSystem::lastPathComponent(path);
         if (isSystemArtifact(bundleID, displayName.value_or(name)))
             return;
-        // Another installed app's, by its own or an embedded identifier: no group, and none to join.
-        if ((bundleID && isInstalledIdentifier(identities, *bundleID)) || (name != bundleID && isInstalledIdentifier(identities, name)))
+        // Another installed app's, by its own or an embedded identifier: no group, and none to join. Many
+        // entries share an identifier, so each is judged once.
+        const QString &claimed = bundleID ? *bundleID : name;
+        auto judged = installedIdentifiers.constFind(claimed);
+        if (judged == installedIdentifiers.constEnd())
+            judged = installedIdentifiers.insert(claimed, isInstalledIdentifier(identities, claimed));
+        if (*judged)
             return;
         MutableGroup &group = groups[identity];
         if (!group.displayName)
