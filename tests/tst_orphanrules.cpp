@@ -108,6 +108,10 @@ private Q_SLOTS:
         row("two without preference", true, {C::savedState, C::webKit}, uncertain);
         row("three with cache", true, {C::caches, C::webKit, C::caches}, medium, "Related files in 3 locations: Caches, WebKit.");
         row("three without cache", true, {C::savedState, C::webKit, C::httpStorages}, uncertain);
+        row("launch item of a vanished bundle, no identifier", false, {C::launchDaemons}, high,
+            "Strong match across 1 locations: Launch Daemons.");
+        row("launch item beats weak rest", true, {C::httpStorages, C::launchAgents}, high,
+            "Strong match across 2 locations: HTTP Storages, Launch Agents.");
     }
     void grades()
     {

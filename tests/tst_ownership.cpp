@@ -11,6 +11,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace TestSupport;
@@ -87,6 +88,49 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, stem);
         QCOMPARE(AppIdentityIndex::identifierStem(name), stem);
+    }
+
+    // The rule itself on a small Mac of its own: the longest identifier decides, a tie and the app's own
+    // embedded identifiers are the scanned app's, Apple's namespace is macOS's except for Apple's apps.
+    void exactEvidence_data()
+    {
+        QTest::addColumn<QString>("scanned"); // a bundle under /Applications or /System/Applications
+        QTest::addColumn<QString>("item");    // a name under ~/Library/Preferences
+        QTest::addColumn<QString>("owner");   // empty: the scanned app's, or nobody's
+        QTest::newRow("longer identifier of another app") << "Example.app" << "com.example.app.pro.plist" << "Example Pro";
+        QTest::newRow("shorter identifier of another app") << "Example Pro.app" << "com.example.app.plist" << "Example";
+        QTest::newRow("extension of another app") << "Example Pro.app" << "com.example.app.share.plist" << "Example";
+        QTest::newRow("own embedded identifier") << "Example.app" << "com.example.app.share.plist" << "";
+        QTest::newRow("a second copy of the same app") << "Copy/Example.app" << "com.example.app.plist" << "";
+        QTest::newRow("no dot, no extension") << "Example Pro.app" << "com.example.application.plist" << "";
+        QTest::newRow("team prefix of another app") << "Example.app" << "ABCDE12345.com.example.app.pro" << "Example Pro";
+        QTest::newRow("another app's name") << "Example.app" << "EXAMPLE PRO" << "Example Pro";
+        QTest::newRow("a name that only begins like one") << "Example.app" << "Example Pro Backups" << "";
+        QTest::newRow("Apple's namespace") << "Example.app" << "com.apple.dock.plist" << "macOS";
+        QTest::newRow("Apple's app") << "Example.app" << "com.apple.Notes.plist" << "macOS";
+        QTest::newRow("Apple's app scanning its own namespace") << "/System/Applications/Notes.app" << "com.apple.dock.plist" << "";
+    }
+    void exactEvidence()
+    {
+        QFETCH(QString, scanned);
+        QFETCH(QString, item);
+        QFETCH(QString, owner);
+        QTemporaryDir dir;
+        const QString root = dir.path();
+        writeApp(root + QStringLiteral("/Applications/Example.app"), QStringLiteral("Example"), QStringLiteral("com.example.app"));
+        writeFile(root + QStringLiteral("/Applications/Example.app/Contents/PlugIns/Share.appex/Contents/Info.plist"),
+                  infoPlist({{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.example.app.share")}}));
+        writeApp(root + QStringLiteral("/Applications/Example Pro.app"), QStringLiteral("Example Pro"), QStringLiteral("com.example.app.pro"));
+        writeApp(root + QStringLiteral("/Applications/Copy/Example.app"), QStringLiteral("Example"), QStringLiteral("com.example.app"));
+        writeApp(root + QStringLiteral("/System/Applications/Notes.app"), QStringLiteral("Notes"), QStringLiteral("com.apple.Notes"));
+        useLayout(root, root + QStringLiteral("/Users/ann"));
+        const auto restore = qScopeGuard([this] { useLayout(m_root, m_home); });
+        const AppIdentityIndex::Index index = AppIdentityIndex::build();
+        const auto self = AppIdentityIndex::identify(scanned.startsWith(QLatin1Char('/')) ? root + scanned
+                                                                                          : root + QStringLiteral("/Applications/") + scanned);
+        QVERIFY(self);
+        const auto claim = AppIdentityIndex::claimant(index, root + QStringLiteral("/Users/ann/Library/Preferences/") + item, &*self);
+        QCOMPARE(claim ? claim->name : QString(), owner);
     }
 
     // Every embedded bundle the sample's bundles hold, read from its own information list; Apple's
@@ -304,6 +348,11 @@ private Q_SLOTS:
         for (const LeftoverItem &item : group->items)
             found.append(relative(item.path()));
         QCOMPARE(found, items);
+        for (const LeftoverItem &item : group->items) {
+            const bool launched = item.category == LeftoverCategory::launchAgents || item.category == LeftoverCategory::launchDaemons;
+            QCOMPARE(FoundByValues::rawValue(item.foundBy), launched ? QStringLiteral("launch item") : QStringLiteral("folder listing"));
+            QVERIFY(item.matched && (!launched || item.matched->startsWith(QLatin1String("/Applications/Vanished Backup.app/"))));
+        }
         // Every item of every group nobody else owns.
         const AppIdentityIndex::Index index = AppIdentityIndex::build();
         for (const OrphanedAppGroup &g : groups) {

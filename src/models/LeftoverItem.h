@@ -32,7 +32,7 @@ struct ItemOwner {
     QString reason;
 
     [[nodiscard]] bool isSystem() const { return name == QLatin1String("macOS"); }
-    // "Belongs to Docker Desktop" or "Part of macOS".
+    // "Belongs to ForkLift" or "Part of macOS".
     [[nodiscard]] QString label() const;
 
     friend bool operator==(const ItemOwner &, const ItemOwner &) = default;

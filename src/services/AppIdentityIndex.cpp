@@ -48,8 +48,8 @@ bool hasExtension(const QString &name, const char *extension)
     return FileSystem::pathExtension(name).compare(QLatin1String(extension), Qt::CaseInsensitive) == 0;
 }
 
-// Where bundles keep bundles of their own, and which of the entries there count. Nothing below them
-// is entered: their own helpers are theirs.
+// Where bundles keep bundles of their own, and which of the entries there count. The index looks one
+// level into each and no deeper, so that it stays a matter of a few listings per app.
 struct EmbeddedFolder {
     const char *folder;
     const char *extension; // nullptr: any entry with an information list
@@ -372,9 +372,14 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
             claim = ownerFor(app, reason);
     };
 
+    const auto otherBundle = [&](const QString &inside) -> const AppIdentity * {
+        const auto at = bundleOwner(index, inside);
+        return at && (!scanned || index.apps.at(*at).bundlePath != scanned->bundlePath) ? &index.apps.at(*at) : nullptr;
+    };
+
     // Whatever lies inside another app's bundle is that app, whatever its name says.
-    if (const auto at = bundleOwner(index, path); at && (!scanned || index.apps.at(*at).bundlePath != scanned->bundlePath))
-        return ownerFor(index.apps.at(*at), QStringLiteral("inside %1").arg(FileSystem::lastPathComponent(index.apps.at(*at).bundlePath)));
+    if (const AppIdentity *app = otherBundle(path))
+        return ownerFor(*app, QStringLiteral("inside %1").arg(FileSystem::lastPathComponent(app->bundlePath)));
 
     if (isLaunchItem(path)) {
         const QVariantMap launchItem = PropertyList::readDictionary(path).value_or(QVariantMap());
@@ -384,8 +389,8 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
         for (const QString &program : std::as_const(programs)) {
             if (scanned && pointsInto(program, *scanned))
                 return std::nullopt;
-            if (const auto at = bundleOwner(index, program); at && (!scanned || index.apps.at(*at).bundlePath != scanned->bundlePath))
-                claimOnce(index.apps.at(*at), QStringLiteral("its program %1 is inside %2").arg(program, FileSystem::lastPathComponent(index.apps.at(*at).bundlePath)));
+            if (const AppIdentity *app = otherBundle(program))
+                claimOnce(*app, QStringLiteral("its program %1 is inside %2").arg(program, FileSystem::lastPathComponent(app->bundlePath)));
         }
         for (const QString &identifier : associatedIdentifiers(launchItem)) {
             if (scanned && hasIdentifier(*scanned, identifier))

@@ -404,9 +404,8 @@ void scanEveryIdentifier(const SearchContext &context, const AppIdentityIndex::A
 }
 
 // Marks what another installed app or macOS owns; the bundle itself is the scanned app by definition.
-void markClaimedItems(QList<LeftoverItem> &items, const AppIdentityIndex::AppIdentity &self)
+void markClaimedItems(QList<LeftoverItem> &items, const AppIdentityIndex::AppIdentity &self, const AppIdentityIndex::Index &index)
 {
-    const AppIdentityIndex::Index index = AppIdentityIndex::build();
     for (LeftoverItem &item : items) {
         if (item.foundBy != FoundBy::bundle)
             item.claimedBy = AppIdentityIndex::claimant(index, item.path(), &self);
@@ -419,6 +418,9 @@ ScanResult performScan(const InstalledApp &app)
     const Append append = [&collector](const QString &path, Category category, FoundBy foundBy, const QString &matched) {
         collector.append(path, category, foundBy, matched);
     };
+    // Built beside the passes, on another pool thread when one is free; waiting for it runs it here
+    // when none is.
+    QFuture<AppIdentityIndex::Index> index = QtConcurrent::run([] { return AppIdentityIndex::build(); });
     collector.append(app.bundlePath(), Category::application, FoundBy::bundle, std::nullopt);
     const AppIdentityIndex::AppIdentity self = AppIdentityIndex::identify(app);
 
@@ -433,7 +435,7 @@ ScanResult performScan(const InstalledApp &app)
         scanSpotlight(context, append);
         scanEveryIdentifier(context, self, launchFiles, append);
     }
-    markClaimedItems(collector.items, self);
+    markClaimedItems(collector.items, self, index.result());
 
     std::stable_sort(collector.items.begin(), collector.items.end(),
                      [](const LeftoverItem &a, const LeftoverItem &b) {

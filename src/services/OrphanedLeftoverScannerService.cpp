@@ -346,7 +346,9 @@ void scanGroupContainers(SearchContext &context, const Recorder &addItem)
 }
 
 // Launch items whose program lies in an app bundle that is gone: that app's leftovers, by the bundle's name.
-void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &identities, const Recorder &addItem)
+// Each recorded item's program goes into programs, as what matched.
+void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &identities, const Recorder &addItem,
+                     QHash<QString, QString> &programs)
 {
     const std::array<std::pair<QString, LeftoverCategory>, 3> folders = {{
         {FileSystemLayout::homePath(QStringLiteral("/Library/LaunchAgents")), LeftoverCategory::launchAgents},
@@ -375,6 +377,7 @@ void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &iden
                     continue;
                 const Metadata metadata = context.resolveMetadata(std::nullopt, name);
                 addItem(entry.path, category, metadata.identity, metadata.bundleID, metadata.displayName);
+                programs.insert(entry.path, program);
                 break;
             }
         }
@@ -452,6 +455,7 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     SearchContext context(literalReading);
     context.buildPreferenceIndex();
 
+    QHash<QString, bool> installedIdentifiers;
     const Recorder addItem = [&](const QString &path, LeftoverCategory category, const QString &identity,
                                  const std::optional<QString> &bundleID, const std::optional<QString> &displayName) {
         if (seenPaths.contains(path))
@@ -463,8 +467,13 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         const QString name = FileSystem::lastPathComponent(path);
         if (isSystemArtifact(bundleID, displayName.value_or(name)))
             return;
-        // Another installed app's, by its own or an embedded identifier: no group, and none to join.
-        if ((bundleID && isInstalledIdentifier(identities, *bundleID)) || (name != bundleID && isInstalledIdentifier(identities, name)))
+        // Another installed app's, by its own or an embedded identifier: no group, and none to join. Many
+        // entries share an identifier, so each is judged once.
+        const QString &claimed = bundleID ? *bundleID : name;
+        auto judged = installedIdentifiers.constFind(claimed);
+        if (judged == installedIdentifiers.constEnd())
+            judged = installedIdentifiers.insert(claimed, isInstalledIdentifier(identities, claimed));
+        if (*judged)
             return;
         MutableGroup &group = groups[identity];
         if (!group.displayName)
@@ -485,7 +494,8 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     scanSavedState(context, addItem);
     scanWebKitAndHTTP(context, addItem);
     scanGroupContainers(context, addItem);
-    scanLaunchItems(context, identities, addItem);
+    QHash<QString, QString> launchPrograms;
+    scanLaunchItems(context, identities, addItem, launchPrograms);
     scanPreferenceFiles(context, groups, addItem);
     scanScriptsAndCookies(context, groups, addItem);
 
@@ -519,8 +529,11 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
         if (!displayName && group.bundleIdentifier)
             displayName = context.displayNameFromPreferences(*group.bundleIdentifier);
         QList<LeftoverItem> items = group.items;
-        for (LeftoverItem &item : items)
+        for (LeftoverItem &item : items) {
             item.size = FileSizeCalculator::quickItemSize(item.path());
+            if (const auto program = launchPrograms.constFind(item.path()); program != launchPrograms.constEnd())
+                item.matched = *program;
+        }
         std::stable_sort(items.begin(), items.end(), [](const LeftoverItem &a, const LeftoverItem &b) {
             return TextCompare::localizedCaseInsensitiveLess(a.path(), b.path());
         });

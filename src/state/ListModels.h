@@ -112,7 +112,7 @@ public:
         isSelected,
         foundBy,
         matched,
-        // "Belongs to Docker Desktop" or "Part of macOS"; empty for the scanned app's own items.
+        // "Belongs to ForkLift" or "Part of macOS"; empty for the scanned app's own items.
         owner,
         // How the item was found and, when claimed, why it is another's: the row's tooltip.
         howFound,

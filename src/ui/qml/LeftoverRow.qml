@@ -21,12 +21,12 @@ AbstractButton {
     focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.CheckBox
     Accessible.name: name + ", " + formattedSize + (owner ? ", " + owner : "")
-    ToolTip.visible: hovered && howFound !== "" && !lockHover.hovered
-    ToolTip.delay: 600
-    ToolTip.text: howFound
     Accessible.checkable: true
     Accessible.checked: isSelected
     Accessible.selected: isSelected
+    ToolTip.visible: hovered && howFound !== "" && !lockHover.hovered
+    ToolTip.delay: 600
+    ToolTip.text: howFound
     onClicked: toggle()
 
     background: Rectangle {
