@@ -576,6 +576,7 @@ private Q_SLOTS:
 
         // The next removal replaces the offer, even one that moved nothing.
         model().deleteSelectedItems();
+        fakes().removabilityChecks.finish(0, std::nullopt);
         fakes().trashRuns.finish(1, DeletionReport{{}, {{result.items.at(0), QStringLiteral("Busy")}}});
         QVERIFY(!model().canPutBack() && !model().lastPutBackReport());
     }

@@ -12,9 +12,7 @@ namespace MacPlatform {
 
 bool trashItem(const QString &path, QString *error, QString *trashedPath)
 {
-    if (trashedPath)
-        trashedPath->clear();
-    return Trash::moveToTrash(path, error);
+    return Trash::moveToTrash(path, error, trashedPath);
 }
 
 bool beep()

@@ -9,7 +9,7 @@ namespace MacPlatform {
 
 // NSFileManager trashItemAtURL:resultingItemURL:error:. On failure *error is the error's
 // localizedDescription; on success *trashedPath is where the item now lies in the Trash, which Put Back
-// needs. Elsewhere: the freedesktop Trash, with no trashed path.
+// needs. Elsewhere: the freedesktop Trash.
 [[nodiscard]] bool trashItem(const QString &path, QString *error, QString *trashedPath = nullptr);
 
 // NSBeep. False where the platform has no alert sound of its own: the caller plays its stand-in.

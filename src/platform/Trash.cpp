@@ -4,6 +4,8 @@
 #include "platform/NativePath.h"
 
 #ifdef Q_OS_MACOS
+#include "platform/MacPlatform.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -26,17 +28,10 @@ namespace Trash {
 
 #ifdef Q_OS_MACOS
 
+// Cocoa's own call: QFile::moveToTrash reports its error codes as "Unknown error: 513".
 bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
 {
-    QFile file(path);
-    if (file.moveToTrash()) {
-        if (trashedPath)
-            *trashedPath = file.fileName();
-        return true;
-    }
-    if (error)
-        *error = file.errorString();
-    return false;
+    return MacPlatform::trashItem(path, error, trashedPath);
 }
 
 bool putBack(const QString &trashedPath, const QString &originalPath, QString *error)

@@ -165,7 +165,7 @@ TestCase {
 
     function test_menu() {
         const window = openWindow()
-        const menu = window.menuBar.menuAt(0)
+        const menu = window.menuBar.item.menuAt(0)
         menu.open()
         tryVerify(() => menu.opened)
         expectReadable(window, menu.contentItem.parent, "the menu")
