@@ -14,7 +14,9 @@ namespace {
 QString describe(const InstalledApp &app)
 {
     return QStringLiteral("%1 (%2) at %3")
-        .arg(app.name, app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier")), app.bundlePath());
+        .arg(CliSupport::terminalSafe(app.name),
+             CliSupport::terminalSafe(app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier"))),
+             CliSupport::terminalSafe(app.bundlePath()));
 }
 
 void printHuman(const InstalledApp &app, const ScanResult &result)
@@ -31,7 +33,7 @@ void printHuman(const InstalledApp &app, const ScanResult &result)
         CliSupport::printLine(LeftoverCategories::rawValue(category));
         for (const LeftoverItem &item : items) {
             CliSupport::printLine(QStringLiteral("  %1  %2%3")
-                                      .arg(item.formattedSize().rightJustified(sizeWidth), item.path(),
+                                      .arg(item.formattedSize().rightJustified(sizeWidth), CliSupport::terminalSafe(item.path()),
                                            item.requiresAdmin() ? QStringLiteral("  (needs administrator)") : QString()));
         }
     }
