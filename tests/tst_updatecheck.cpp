@@ -234,6 +234,19 @@ private Q_SLOTS:
         QVERIFY2(clock.elapsed() < 10000, "the timeout was not honoured");
     }
 
+    // Release notes keep their lines on a terminal, but an escape sequence in them is shown, not obeyed.
+    void commandLineNotesAreShownNotObeyed()
+    {
+        m_server.routes = {{"/feeds/version.json", response(200, "{\"version\": \"9\", \"downloadURL\": \"K.zip\", "
+                                                                 "\"releaseNotes\": \"Faster.\\r\\n\\u001b]0;owned\\u0007\\u001b[2JSafer.\"}")}};
+        QProcess cli;
+        cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), {"check-update", "--feed", m_server.base() + QStringLiteral("/feeds/version.json")});
+        QVERIFY(QTest::qWaitFor([&] { return cli.state() == QProcess::NotRunning; }, 30000));
+        QCOMPARE(cli.exitCode(), 0);
+        const QByteArray out = cli.readAllStandardOutput();
+        QVERIFY2(out.endsWith("\nFaster.\n\\x1B]0;owned\\x07\\x1B[2JSafer.\n"), out.constData());
+    }
+
     // The command line's JSON, with the version as the feed spells it and the download made absolute.
     void commandLineShape()
     {
