@@ -68,6 +68,16 @@ inline QByteArray nestedBinaryArrays(int depth)
     return binary(objects << String{"leaf"});
 }
 
+// levels arrays, each holding two references to the next, the innermost holding one string: a few
+// bytes per level that a reader copying every reference expands to 2^levels objects.
+inline QByteArray sharedBinaryArrays(int levels)
+{
+    QList<Object> objects;
+    for (int level = 0; level < levels; ++level)
+        objects.append(Array{{quint64(level + 1), quint64(level + 1)}});
+    return binary(objects << String{"leaf"});
+}
+
 inline QByteArray nestedXmlArrays(int depth)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + QByteArray("<array>").repeated(depth)
@@ -78,6 +88,15 @@ inline QByteArray xmlDictionary(const QByteArray &body)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
            "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\"><dict>" + body + "</dict></plist>\n";
+}
+
+// One dictionary of count keys, each holding true.
+inline QByteArray xmlManyKeys(int count)
+{
+    QByteArray body;
+    for (int k = 0; k < count; ++k)
+        body += "<key>k" + QByteArray::number(k) + "</key><true/>";
+    return xmlDictionary(body);
 }
 
 } // namespace PlistBytes

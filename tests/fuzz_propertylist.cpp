@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Truncated, bit-flipped and random property lists fed to the reader, built with AddressSanitizer and
-// UndefinedBehaviorSanitizer: any refusal is fine, any crash, overflow or undefined behaviour is not.
+// Truncated, bit-flipped, structurally mutated and random property lists fed to the reader, built with
+// AddressSanitizer and UndefinedBehaviorSanitizer: any refusal is fine, any crash, overflow, undefined
+// behaviour, hang or runaway time is not.
 #include "PlistBytes.h"
 #include "platform/PropertyList.h"
 
+#include <QElapsedTimer>
+#include <QFile>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace PlistBytes;
 
@@ -58,6 +64,71 @@ private Q_SLOTS:
             }
             (void)PropertyList::fromData(data);
         }
+    }
+
+    // The structures that broke the reader before: quotes and '>' inside tags and instructions, arrays
+    // sharing references, dictionaries of very many keys. Each read must end soon, refused or not.
+    void structuralMutations()
+    {
+        QRandomGenerator random(0x71756f74);
+        const QByteArrayList inserts{" a=\"/>\"", " a=\">\"", " a=\"<\"", "\"", "/", "<?x \"?>\"?>", "<!-- > -->",
+                                     "<![CDATA[</array>]]>", "<array a=\"/>\">", "</array>", "<dict>", "</dict>"};
+        QElapsedTimer slowest;
+        qint64 longest = 0;
+        for (int round = 0; round < 3000; ++round) {
+            QByteArray data = round % 2 ? seeds().constFirst() : nestedXmlArrays(random.bounded(1, 80));
+            for (int edits = random.bounded(1, 12); edits > 0; --edits) {
+                // Right after a tag's name, or anywhere.
+                qsizetype at = random.bounded(data.size());
+                if (random.bounded(2)) {
+                    const qsizetype open = data.indexOf('<', at);
+                    const qsizetype nameEnd = open < 0 ? -1 : data.indexOf('>', open);
+                    at = nameEnd < 0 ? at : nameEnd;
+                }
+                const QByteArray &insert = inserts.at(random.bounded(inserts.size()));
+                data.insert(at, insert.repeated(random.bounded(1, 3) == 1 ? 1 : random.bounded(1, 200)));
+            }
+            slowest.start();
+            (void)PropertyList::fromData(data);
+            longest = std::max(longest, slowest.elapsed());
+        }
+        for (int round = 0; round < 400; ++round) {
+            // A random chain of arrays, each referring to later objects, often the same one many times.
+            const int count = random.bounded(2, 70);
+            QList<Object> objects;
+            for (int k = 0; k + 1 < count; ++k) {
+                QList<quint64> references;
+                for (int r = random.bounded(1, 5); r > 0; --r)
+                    references.append(quint64(random.bounded(k + 1, count)));
+                objects.append(Array{references});
+            }
+            slowest.start();
+            (void)PropertyList::fromData(binary(objects << String{"leaf"}));
+            longest = std::max(longest, slowest.elapsed());
+        }
+        const QByteArray quotedDeep = nestedXmlArrays(60000).replace("<array>", "<array a=\"/>\">");
+        for (const QByteArray &data : {xmlManyKeys(1000), xmlManyKeys(int(PropertyList::maximumDictionaryKeys) + 1),
+                                       xmlManyKeys(400000), quotedDeep}) {
+            slowest.start();
+            (void)PropertyList::fromData(data);
+            longest = std::max(longest, slowest.elapsed());
+        }
+        QVERIFY2(longest < 5000, qPrintable(QStringLiteral("one read took %1 ms").arg(longest)));
+    }
+
+    // Pipes, links to pipes and devices named like lists are refused at once, never waited on.
+    void specialFiles()
+    {
+        QTemporaryDir folder;
+        const QString fifo = folder.filePath(QStringLiteral("Info.plist"));
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+        QVERIFY(QFile::link(fifo, folder.filePath(QStringLiteral("link.plist"))));
+        QVERIFY(QFile::link(QStringLiteral("/dev/tty"), folder.filePath(QStringLiteral("tty.plist"))));
+        QElapsedTimer timer;
+        timer.start();
+        for (const QString &name : {QStringLiteral("Info.plist"), QStringLiteral("link.plist"), QStringLiteral("tty.plist")})
+            QVERIFY(!PropertyList::read(folder.filePath(name)));
+        QVERIFY(timer.elapsed() < 5000);
     }
 
     void randomBytes()

@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -644,6 +645,27 @@ private Q_SLOTS:
         fakes().updateChecks.finish(1, std::nullopt);
         QVERIFY(!model().availableUpdate());
         QCOMPARE(status(), QStringLiteral("You're on the latest version (v1.2.0)."));
+    }
+
+    // The window can close with tasks under way: tasks that end afterwards, here or on a worker, on
+    // time, failed or cancelled, touch nothing (a Debug build used to assert on the dead context).
+    void destroyedWhileTasksRun()
+    {
+        model().loadApps();
+        fakes().discovery.finish(0, {app(QStringLiteral("Alpha"))});
+        model().scanSelectedApp();
+        model().switchSidebarMode(SidebarMode::Removed);
+        model().checkForUpdates(true);
+        QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
+        m_testers.clear();
+        m_model.reset();
+        std::thread([this] { fakes().scans.finish(0, resultOf(app(QStringLiteral("Alpha")), 2)); }).join();
+        fakes().removedScans.promises.at(0)->setException(std::make_exception_ptr(std::runtime_error("gone")));
+        fakes().removedScans.promises.at(0)->finish();
+        fakes().updateChecks.promises.at(0)->future().cancel();
+        fakes().updateChecks.promises.at(0)->finish();
+        QCoreApplication::processEvents();
+        QCOMPARE(statusSpy.count(), 0);
     }
 };
 

@@ -60,6 +60,50 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 2);
         QVERIFY(result.out.isEmpty() && result.err.contains("Usage:"));
     }
+
+    // Names come from Info.plists anyone can write: on a terminal their control characters show as
+    // escapes (no screen clear, no title change, no carriage return over the line); JSON keeps them.
+    void controlCharactersInNames()
+    {
+        QTemporaryDir dir;
+        const QString name = QStringLiteral("Evil\x1b[2J\x1b]0;owned\x07\rFine\u202Etxt.exe\u009b1m");
+        TestSupport::writeApp(dir.path() + QStringLiteral("/Applications/Evil.app"), name, QStringLiteral("com.example.\x1b[31mred"));
+        TestSupport::makeFolder(dir.path() + QStringLiteral("/Users/ann"));
+        const QStringList where{QStringLiteral("--root"), dir.path(), QStringLiteral("--home"), dir.path() + QStringLiteral("/Users/ann")};
+        const Run human = runCli(where + QStringList{QStringLiteral("apps")});
+        QCOMPARE(human.exitCode, 0);
+        for (const char *raw : {"\x1b", "\x07", "\r", "\u202E", "\u009b"})
+            QVERIFY2(!QString::fromUtf8(human.out).contains(QString::fromUtf8(raw)), raw);
+        QVERIFY2(human.out.contains(R"(Evil\x1B[2J\x1B]0;owned\x07\x0DFine\u202Etxt.exe\u009B1m)"), human.out.constData());
+        QVERIFY(human.out.contains(R"(com.example.\x1B[31mred)"));
+        const Run json = runCli(where + QStringList{QStringLiteral("apps"), QStringLiteral("--json")});
+        QCOMPARE(QJsonDocument::fromJson(json.out)[u"apps"][0][u"name"].toString(), name);
+    }
+
+    // Output that cannot be written is a failure, said on stderr; a closed stdout stops the command
+    // before it does anything.
+    void writeFailures_data()
+    {
+        QTest::addColumn<QString>("redirection");
+        QTest::addColumn<QStringList>("arguments");
+        const QStringList apps{QStringLiteral("apps"), QStringLiteral("--json")};
+        QTest::newRow("full disk, json") << ">/dev/full" << apps;
+        QTest::newRow("full disk, table") << ">/dev/full" << QStringList{QStringLiteral("apps")};
+        QTest::newRow("full disk, help") << ">/dev/full" << QStringList{QStringLiteral("apps"), QStringLiteral("--help")};
+        QTest::newRow("closed, json") << ">&-" << apps;
+        QTest::newRow("closed, size") << ">&-" << QStringList{QStringLiteral("size"), QStringLiteral("/dev/null")};
+    }
+    void writeFailures()
+    {
+        QFETCH(QString, redirection);
+        QFETCH(QStringList, arguments);
+        QTemporaryDir dir;
+        const QStringList where{QStringLiteral("--root"), dir.path(), QStringLiteral("--home"), dir.path()};
+        const Run result = TestSupport::runProgram(QStringLiteral("/bin/sh"), QStringList{QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\" ") + redirection,
+                                                                                         QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli")} + where + arguments);
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.err.contains("output"), result.err.constData());
+    }
 };
 
 QTEST_GUILESS_MAIN(CliAppsTest)

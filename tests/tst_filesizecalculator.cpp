@@ -48,13 +48,14 @@ private Q_SLOTS:
         QVERIFY(QFile::resize(m_base + QStringLiteral("/sparse"), 50'000'000));
         QCOMPARE(FileSizeCalculator::itemSize(m_base + QStringLiteral("/sparse")), 50'000'000);
 
-        // Links handed over directly are measured as what they point to; broken ones and loops as
-        // nothing. A pipe reports no bytes and must not block the walk.
+        // Links handed over directly count as themselves, as inside a folder: nothing, whatever they
+        // point to, since only the link moves. A pipe reports no bytes and must not block the walk.
         makeSymlink(QStringLiteral("file"), m_base + QStringLiteral("/to-file"));
         makeSymlink(QStringLiteral("loop-b"), m_base + QStringLiteral("/loop-a"));
         makeSymlink(QStringLiteral("loop-a"), m_base + QStringLiteral("/loop-b"));
         QCOMPARE(::mkfifo(NativePath::encode(m_base + QStringLiteral("/pipe")).constData(), 0644), 0);
-        QCOMPARE(FileSizeCalculator::itemSize(m_base + QStringLiteral("/to-file")), 1234);
+        QCOMPARE(FileSizeCalculator::itemSize(m_base + QStringLiteral("/to-file")), 0);
+        QCOMPARE(FileSizeCalculator::quickItemSize(m_base + QStringLiteral("/to-file")), 0);
         QCOMPARE(FileSizeCalculator::itemSize(m_base + QStringLiteral("/loop-a")), 0);
         QCOMPARE(FileSizeCalculator::itemSize(m_base + QStringLiteral("/pipe")), 0);
     }
@@ -76,8 +77,9 @@ private Q_SLOTS:
         // Each path of a hard-linked file counts, as a per-path listing sees it.
         QCOMPARE(FileSizeCalculator::itemSize(tree), 100 + 3 + 7 + 1000 + 1000);
 
-        // A link to a folder given as the start is followed once: it names the folder to measure.
-        QCOMPARE(FileSizeCalculator::itemSize(tree + QStringLiteral("/link-to-folder")), 100);
+        // A link to a folder given as the start is not followed either.
+        QCOMPARE(FileSizeCalculator::itemSize(tree + QStringLiteral("/link-to-folder")), 0);
+        QCOMPARE(FileSizeCalculator::directorySize(tree + QStringLiteral("/link-to-folder")), 0);
     }
 
     void packages()

@@ -2,6 +2,8 @@
 #include "TestSupport.h"
 #include "services/LeftoverScannerService.h"
 
+#include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -189,6 +191,49 @@ private Q_SLOTS:
         const auto found = scan(makeApp(QStringLiteral("Spot.app"), QStringLiteral("Spot"), QStringLiteral("com.example.spot")));
         for (auto it = expected.cbegin(); it != expected.cend(); ++it)
             QCOMPARE(found.value(it.key(), Category::application), it.value());
+    }
+
+    // A bundle whose name holds a line break makes Spotlight print fragments; only absolute paths
+    // are results, whatever the working folder is.
+    void spotlightKeepsOnlyAbsolutePaths()
+    {
+        TestSupport::writeFile(at(QStringLiteral("~/Documents/letter.txt")), "x");
+        TestSupport::writeFile(at(QStringLiteral("~/Library/Caches/found")), "x");
+        installMdfind("Documents\n./Documents\n../ann/Documents\n~/Documents\n" + at(QStringLiteral("~/Library/Caches/found")).toUtf8() + '\n');
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_home));
+        const auto found = scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q")));
+        QDir::setCurrent(previous);
+        QCOMPARE(found.keys().size(), 2);
+        QCOMPARE(found.value(at(QStringLiteral("~/Library/Caches/found"))), Category::caches);
+    }
+
+    // An index that never answers costs the scan its time-out, then nothing.
+    void spotlightThatHangsIsGivenUp()
+    {
+        TestSupport::writeFile(m_root + QStringLiteral("/usr/bin/mdfind"), "#!/bin/sh\nexec sleep 600\n");
+        QFile::setPermissions(m_root + QStringLiteral("/usr/bin/mdfind"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q"))).size(), 1);
+        QVERIFY(timer.elapsed() < 60000);
+    }
+
+    // A launch agent that links to a huge file, or a cache that links to a folder, moves as a link and
+    // frees nothing, so it weighs nothing.
+    void linkedItemsCountAsLinks()
+    {
+        const QString big = at(QStringLiteral("/huge.bin"));
+        TestSupport::writeFile(big);
+        QVERIFY(QFile::resize(big, 20'000'000'000));
+        TestSupport::writeFile(at(QStringLiteral("/folder/inside")), QByteArray(5000, 'x'));
+        TestSupport::makeSymlink(big, at(QStringLiteral("~/Library/LaunchAgents/com.example.q.plist")));
+        TestSupport::makeSymlink(at(QStringLiteral("/folder")), at(QStringLiteral("~/Library/Caches/com.example.q")));
+        QHash<QString, qint64> sizes;
+        for (const LeftoverItem &item : LeftoverScannerService::scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q"))).result().items)
+            sizes.insert(item.path(), item.size);
+        QCOMPARE(sizes.value(at(QStringLiteral("~/Library/LaunchAgents/com.example.q.plist")), -1), 0);
+        QCOMPARE(sizes.value(at(QStringLiteral("~/Library/Caches/com.example.q")), -1), 0);
     }
 
     // A quote makes the query malformed; the failing tool's output must not be taken.

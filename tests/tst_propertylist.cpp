@@ -3,8 +3,12 @@
 #include "TestSupport.h"
 #include "platform/PropertyList.h"
 
+#include <QElapsedTimer>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace PlistBytes;
 
@@ -52,6 +56,17 @@ private Q_SLOTS:
         QTest::newRow("xml raw NUL") << xmlDictionary(QByteArray("<key>a\0b</key><string>v</string>", 32));
         QTest::newRow("xml hex NUL reference") << xmlDictionary("<key>a&#x0000;</key><string>v</string>");
         QTest::newRow("over 16 MiB") << QByteArray(PropertyList::maximumBytes + 1, ' ');
+        // libplist takes a '>' inside quotes as part of the tag, so each of these opens an array.
+        QTest::newRow("xml quoted '/>' 50000") << "<plist>" + QByteArray("<array a=\"/>\">").repeated(50000) + QByteArray("</array>").repeated(50000) + "</plist>";
+        QTest::newRow("xml quoted '/>' 65") << nestedXmlArrays(65).replace("<array>", "<array a=\"/>\">");
+        QTest::newRow("xml closing tags in a quoted instruction")
+            << nestedXmlArrays(60).replace("<string>leaf</string>", "<? \"?>" + QByteArray("</array>").repeated(10) + "\" ?>"
+                                                                        + QByteArray("<array>").repeated(10) + "<string>leaf</string>"
+                                                                        + QByteArray("</array>").repeated(10));
+        QTest::newRow("xml closing tag of the other kind") << xmlDictionary("<key>a</key><array></dict>");
+        QTest::newRow("xml keys over the limit") << xmlManyKeys(int(PropertyList::maximumDictionaryKeys) + 1);
+        QTest::newRow("binary shared references 2^21") << sharedBinaryArrays(21);
+        QTest::newRow("binary shared references 2^60") << sharedBinaryArrays(60);
     }
     void refused()
     {
@@ -65,7 +80,11 @@ private Q_SLOTS:
     {
         QByteArray commented = nestedXmlArrays(PropertyList::maximumDepth);
         commented.replace("<string>leaf</string>", "<!-- <array><array> --><string><![CDATA[<array>]]></string>");
-        for (const QByteArray &data : {nestedBinaryArrays(PropertyList::maximumDepth), binary({Array{{1, 1}}, String{"twice"}}), commented})
+        QByteArray quoted = nestedXmlArrays(PropertyList::maximumDepth).replace("<array>", "<array a=\"/>\" b=\"<x>\">");
+        quoted.replace("<string>leaf</string>", "<?pi \"<array>\"?><array a=\">\"/><dict/><dict  /><string>leaf</string>");
+        const QByteArray keys = xmlManyKeys(int(PropertyList::maximumDictionaryKeys));
+        for (const QByteArray &data : {nestedBinaryArrays(PropertyList::maximumDepth), binary({Array{{1, 1}}, String{"twice"}}), commented,
+                                       quoted, sharedBinaryArrays(19), keys})
             QVERIFY(PropertyList::fromData(data));
         QCOMPARE(PropertyList::fromData(xmlDictionary("<key>k</key><string>&#10;&#x41;&#0065;</string>"))->toMap(), (QVariantMap{{QStringLiteral("k"), QStringLiteral("\nAA")}}));
     }
@@ -86,6 +105,28 @@ private Q_SLOTS:
         QCOMPARE(PropertyList::readDictionary(path)->value(QStringLiteral("A")).toString(), QStringLiteral("b"));
         TestSupport::writeFile(path, atLimit + '\n');
         QVERIFY(!PropertyList::readDictionary(path));
+    }
+
+    // A pipe or a device named like a list is never opened for a blocking read: one with no writer
+    // would stall the scan for good.
+    void specialFilesAreNotRead()
+    {
+        QTemporaryDir folder;
+        const QString fifo = folder.filePath(QStringLiteral("com.example.agent.plist"));
+        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0644), 0);
+        const QString link = folder.filePath(QStringLiteral("Info.plist"));
+        TestSupport::makeSymlink(fifo, link);
+        for (const QString &path : {fifo, link, QStringLiteral("/dev/zero")}) {
+            QElapsedTimer timer;
+            timer.start();
+            QVERIFY2(!PropertyList::read(path), qPrintable(path));
+            QVERIFY(timer.elapsed() < 5000);
+        }
+        // A link to a regular file is read as that file.
+        const QString file = folder.filePath(QStringLiteral("real.plist"));
+        TestSupport::writeFile(file, xmlDictionary("<key>A</key><string>b</string>"));
+        TestSupport::makeSymlink(file, link + QStringLiteral("2"));
+        QVERIFY(PropertyList::readDictionary(link + QStringLiteral("2")));
     }
 };
 

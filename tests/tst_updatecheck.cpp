@@ -4,13 +4,16 @@
 #include "services/UpdateCheckService.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -48,6 +51,17 @@ private:
         const QByteArray path = request.split(' ').value(1);
         if (!request.contains("\r\n\r\n") || path == "/silent")
             return;
+        if (path == "/endless") {
+            // A status line, then header lines as fast as the connection takes them, never the blank line.
+            socket->write("HTTP/1.1 200 OK\r\n");
+            auto *flood = new QTimer(socket);
+            connect(flood, &QTimer::timeout, socket, [socket] {
+                if (socket->bytesToWrite() < 1024 * 1024)
+                    socket->write(QByteArray("X-Pad: " + QByteArray(1000, 'x') + "\r\n").repeated(64));
+            });
+            flood->start(1);
+            return;
+        }
         socket->write(routes.value(path, response(404, "{}")));
         socket->disconnectFromHost();
     }
@@ -153,12 +167,84 @@ private Q_SLOTS:
         QCOMPARE(update->releaseNotes, notes.isValid() ? std::optional(notes.toString()) : std::nullopt);
     }
 
+    // Only an https address is handed to the browser, or an http one when the feed itself is http:
+    // never a script, a file, a share or inline data.
+    void offeredDownloads_data()
+    {
+        QTest::addColumn<QString>("feed");
+        QTest::addColumn<QString>("download");
+        QTest::addColumn<bool>("offered");
+        const QString secure = QStringLiteral("https://example.org/version.json");
+        const QString plain = QStringLiteral("http://example.org/version.json");
+        QTest::newRow("https from https") << secure << "https://cdn.example.org/K.zip" << true;
+        QTest::newRow("relative from https") << secure << "K.zip" << true;
+        QTest::newRow("http from https") << secure << "http://cdn.example.org/K.zip" << false;
+        QTest::newRow("http from http") << plain << "http://cdn.example.org/K.zip" << true;
+        QTest::newRow("javascript") << plain << "javascript:alert(1)" << false;
+        QTest::newRow("file") << plain << "file:///etc/passwd" << false;
+        QTest::newRow("smb") << plain << "smb://server/share/K.zip" << false;
+        QTest::newRow("data") << plain << "data:text/html,<b>x</b>" << false;
+        QTest::newRow("https without a host") << secure << "https:K.zip" << false;
+    }
+    void offeredDownloads()
+    {
+        QFETCH(QString, feed);
+        QFETCH(QString, download);
+        QFETCH(bool, offered);
+        m_server.routes = {{"/feeds/version.json", response(200, "{\"version\": \"9\", \"downloadURL\": \"" + download.toUtf8() + "\"}")}};
+        const QUrl served(m_server.base() + QStringLiteral("/feeds/version.json"));
+        const bool plainFeed = feed.startsWith(QLatin1String("http:"));
+        // The server is plain http; a download from an https feed is judged by the rule alone.
+        if (plainFeed)
+            QCOMPARE(await(UpdateCheckService::checkForUpdate(served)).has_value(), offered);
+        const QUrl resolved = QUrl(feed).resolved(QUrl(download));
+        QCOMPARE(UpdateCheckService::isOfferedDownload(QUrl(feed), resolved), offered);
+    }
+
+    // Only HTTP answers count: other schemes are not even asked.
+    void otherFeedSchemes()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("version.json"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("{\"version\": \"9\", \"downloadURL\": \"https://example.org/K.zip\"}");
+        file.close();
+        QVERIFY(!await(UpdateCheckService::checkForUpdate(QUrl::fromLocalFile(path))));
+        QProcess cli;
+        cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), {"check-update", "--feed", QUrl::fromLocalFile(path).toString()});
+        QVERIFY(cli.waitForFinished(30000));
+        QCOMPARE(cli.exitCode(), 2);
+    }
+
+    // The time limit is for the whole check: a header that never ends cannot stretch it.
+    void endlessHeaderTimesOut()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(!await(UpdateCheckService::checkForUpdate(QUrl(m_server.base() + QStringLiteral("/endless")), std::chrono::milliseconds(1000))));
+        QVERIFY2(clock.elapsed() < 3000, qPrintable(QStringLiteral("took %1 ms").arg(clock.elapsed())));
+    }
+
     void silentFeedTimesOut()
     {
         QElapsedTimer clock;
         clock.start();
         QVERIFY(!await(UpdateCheckService::checkForUpdate(QUrl(m_server.base() + QStringLiteral("/silent")), std::chrono::milliseconds(300))));
         QVERIFY2(clock.elapsed() < 10000, "the timeout was not honoured");
+    }
+
+    // Release notes keep their lines on a terminal, but an escape sequence in them is shown, not obeyed.
+    void commandLineNotesAreShownNotObeyed()
+    {
+        m_server.routes = {{"/feeds/version.json", response(200, "{\"version\": \"9\", \"downloadURL\": \"K.zip\", "
+                                                                 "\"releaseNotes\": \"Faster.\\r\\n\\u001b]0;owned\\u0007\\u001b[2JSafer.\"}")}};
+        QProcess cli;
+        cli.start(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), {"check-update", "--feed", m_server.base() + QStringLiteral("/feeds/version.json")});
+        QVERIFY(QTest::qWaitFor([&] { return cli.state() == QProcess::NotRunning; }, 30000));
+        QCOMPARE(cli.exitCode(), 0);
+        const QByteArray out = cli.readAllStandardOutput();
+        QVERIFY2(out.endsWith("\nFaster.\n\\x1B]0;owned\\x07\\x1B[2JSafer.\n"), out.constData());
     }
 
     // The command line's JSON, with the version as the feed spells it and the download made absolute; a

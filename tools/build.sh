@@ -1,7 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Configures and builds into build/ (extra arguments go to the CMake configure step).
+# Configures and builds into build/, or into $KESTRUNE_BUILD_DIR (extra arguments go to the CMake
+# configure step).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
-cmake --build build -j "$(getconf _NPROCESSORS_ONLN)"
+dir="${KESTRUNE_BUILD_DIR:-build}"
+launcher=()
+if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" "$@" >/dev/null
+cmake --build "$dir" -j "$(getconf _NPROCESSORS_ONLN)"

@@ -4,9 +4,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <mutex>
 #include <thread>
 #include <unistd.h>
@@ -68,37 +72,113 @@ QJsonObject groupJson(const OrphanedAppGroup &group)
     };
 }
 
+namespace {
+
+// The first failed write to standard output; what is left of the output after it is not worth having.
+int outputError = 0;
+
+void writeOut(const QByteArray &bytes)
+{
+    if (outputError != 0)
+        return;
+    if (std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) != size_t(bytes.size()))
+        outputError = errno != 0 ? errno : EIO;
+}
+
+void flushOut()
+{
+    if (outputError == 0 && std::fflush(stdout) != 0)
+        outputError = errno != 0 ? errno : EIO;
+}
+
+bool isHidingControl(char16_t c, bool keepLineBreaks)
+{
+    if (c == u'\n')
+        return !keepLineBreaks;
+    return c < 0x20 || (c >= 0x7F && c <= 0x9F) || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+} // namespace
+
+QString terminalSafe(const QString &text, bool keepLineBreaks)
+{
+    const auto hides = [keepLineBreaks](QChar c) { return isHidingControl(c.unicode(), keepLineBreaks); };
+    if (std::none_of(text.begin(), text.end(), hides))
+        return text;
+    QString safe;
+    safe.reserve(text.size() + 16);
+    for (const QChar c : text) {
+        if (!hides(c))
+            safe.append(c);
+        else if (c.unicode() < 0x80)
+            safe.append(QStringLiteral("\\x") + QString::number(c.unicode(), 16).toUpper().rightJustified(2, u'0'));
+        else
+            safe.append(QStringLiteral("\\u") + QString::number(c.unicode(), 16).toUpper().rightJustified(4, u'0'));
+    }
+    return safe;
+}
+
 void printJson(const QJsonObject &object)
 {
-    const QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Indented);
-    std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
-    std::fflush(stdout);
+    writeOut(QJsonDocument(object).toJson(QJsonDocument::Indented));
+    flushOut();
 }
 
 void printLine(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    writeOut(terminalSafe(text, true).toUtf8() + '\n');
 }
 
 void printError(const QString &text)
 {
-    std::fflush(stdout);
-    const QByteArray bytes = text.toUtf8() + '\n';
+    flushOut();
+    const QByteArray bytes = terminalSafe(text, true).toUtf8() + '\n';
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+}
+
+bool claimStandardStreams()
+{
+    bool outputOpen = true;
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(fd, F_GETFD) != -1 || errno != EBADF)
+            continue;
+        // open() takes the lowest free descriptor, which is this one.
+        const int null = ::open("/dev/null", fd == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+        if (null != fd && null >= 0)
+            ::close(null);
+        outputOpen = outputOpen && fd != STDOUT_FILENO;
+    }
+    return outputOpen;
+}
+
+int finish(int code)
+{
+    flushOut();
+    if (outputError == 0)
+        return code;
+    std::fprintf(stderr, "kestrune-cli: could not write the output: %s\n", std::strerror(outputError));
+    return 1;
 }
 
 void printTable(const QList<QStringList> &rows)
 {
-    QList<qsizetype> widths;
+    QList<QStringList> safeRows;
+    safeRows.reserve(rows.size());
     for (const QStringList &row : rows) {
+        QStringList safe;
+        for (const QString &cell : row)
+            safe.append(terminalSafe(cell));
+        safeRows.append(safe);
+    }
+    QList<qsizetype> widths;
+    for (const QStringList &row : std::as_const(safeRows)) {
         for (qsizetype column = 0; column < row.size(); ++column) {
             if (widths.size() <= column)
                 widths.append(0);
             widths[column] = std::max(widths[column], row[column].size());
         }
     }
-    for (const QStringList &row : rows) {
+    for (const QStringList &row : std::as_const(safeRows)) {
         QString line;
         for (qsizetype column = 0; column < row.size(); ++column) {
             const bool last = column + 1 == row.size();
@@ -141,7 +221,7 @@ bool parse(QCommandLineParser &parser, const QString &command, const QStringList
     }
     if (parser.isSet(help)) {
         printUsage(stdout);
-        std::exit(0);
+        std::exit(finish(0));
     }
     const qsizetype count = parser.positionalArguments().size();
     if (count < minimumPositional || count > maximumPositional) {

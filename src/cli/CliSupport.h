@@ -19,12 +19,27 @@ namespace CliSupport {
 [[nodiscard]] QJsonObject itemJson(const LeftoverItem &item);
 [[nodiscard]] QJsonObject groupJson(const OrphanedAppGroup &group);
 
+// Names, paths and notes come from files and the network. On a terminal their control characters (C0,
+// DEL, C1) and the bidirectional overrides are shown as escapes (\x1B, \u009B, \u202E), so none can
+// clear the screen, retitle the window, move the cursor or hide text. keepLineBreaks leaves "\n" for
+// text of several lines.
+[[nodiscard]] QString terminalSafe(const QString &text, bool keepLineBreaks = false);
+
+// Human output goes through terminalSafe (line breaks kept); JSON escapes control characters itself.
 void printJson(const QJsonObject &object);
 void printLine(const QString &text);
 void printError(const QString &text);
 
 // Rows of cells printed with each column padded to its widest cell; the last column is not padded.
+// Every cell is made terminalSafe, line breaks included.
 void printTable(const QList<QStringList> &rows);
+
+// A closed standard stream would be handed to the next file opened, and output or messages would land
+// in that file: each closed one is pointed at the null device. False when standard output was closed.
+[[nodiscard]] bool claimStandardStreams();
+// The exit code once the output is written: code, or 1 with a message on stderr when any write to
+// standard output failed (a full disk, a closed pipe end).
+[[nodiscard]] int finish(int code);
 
 // Parses a command's own options. On --help prints usage and exits 0; on an unknown option or a wrong
 // number of positional arguments prints the message and usage to stderr and returns false (exit 2).

@@ -19,10 +19,10 @@ QList<OrphanedAppGroup> scanOrphans(bool showProgress)
 
 void printGroup(const OrphanedAppGroup &group)
 {
-    CliSupport::printLine(QStringLiteral("[%1] %2").arg(OrphanConfidences::rawValue(group.confidence), group.displayName));
-    CliSupport::printLine(QStringLiteral("  id:    %1").arg(group.bundleIdentifier.value_or(group.id)));
+    CliSupport::printLine(QStringLiteral("[%1] %2").arg(OrphanConfidences::rawValue(group.confidence), CliSupport::terminalSafe(group.displayName)));
+    CliSupport::printLine(QStringLiteral("  id:    %1").arg(CliSupport::terminalSafe(group.bundleIdentifier.value_or(group.id))));
     CliSupport::printLine(QStringLiteral("  size:  %1").arg(group.formattedTotalSize()));
-    CliSupport::printLine(QStringLiteral("  why:   %1").arg(group.evidenceSummary));
+    CliSupport::printLine(QStringLiteral("  why:   %1").arg(CliSupport::terminalSafe(group.evidenceSummary)));
     QList<QStringList> rows;
     for (const LeftoverItem &item : group.items)
         rows.append({QStringLiteral("   "), LeftoverCategories::rawValue(item.category), item.formattedSize(), item.path()});

@@ -16,7 +16,9 @@ namespace {
 QString describe(const InstalledApp &app)
 {
     return QStringLiteral("%1 (%2) at %3")
-        .arg(app.name, app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier")), app.bundlePath());
+        .arg(CliSupport::terminalSafe(app.name),
+             CliSupport::terminalSafe(app.bundleIdentifier.value_or(QStringLiteral("no bundle identifier"))),
+             CliSupport::terminalSafe(app.bundlePath()));
 }
 
 void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
@@ -35,15 +37,15 @@ void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
             // Claimed rows stay unticked, so they carry a mark where the ticked ones carry none.
             CliSupport::printLine(QStringLiteral("  %1 %2  %3%4%5")
                                       .arg(item.claimedBy ? QStringLiteral("!") : QStringLiteral(" "),
-                                           item.formattedSize().rightJustified(sizeWidth), item.path(),
+                                           item.formattedSize().rightJustified(sizeWidth), CliSupport::terminalSafe(item.path()),
                                            item.requiresAdmin() ? QStringLiteral("  (needs administrator)") : QString(),
-                                           item.claimedBy ? QStringLiteral("  [%1, kept]").arg(item.claimedBy->label()) : QString()));
+                                           item.claimedBy ? QStringLiteral("  [%1, kept]").arg(CliSupport::terminalSafe(item.claimedBy->label())) : QString()));
             if (why) {
                 QString line = QStringLiteral("found by ") + FoundByValues::rawValue(item.foundBy);
                 if (item.matched)
-                    line += QStringLiteral(" (matched ") + *item.matched + QLatin1Char(')');
+                    line += QStringLiteral(" (matched ") + CliSupport::terminalSafe(*item.matched) + QLatin1Char(')');
                 if (item.claimedBy)
-                    line += QStringLiteral("; ") + item.claimedBy->label() + QStringLiteral(": ") + item.claimedBy->reason;
+                    line += QStringLiteral("; ") + CliSupport::terminalSafe(item.claimedBy->label() + QStringLiteral(": ") + item.claimedBy->reason);
                 CliSupport::printLine(QStringLiteral("     %1  %2").arg(QString(sizeWidth, QLatin1Char(' ')), line));
             }
         }

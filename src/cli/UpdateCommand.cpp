@@ -19,8 +19,8 @@ int checkUpdate(const QStringList &arguments)
     QUrl feed = UpdateCheckService::feedURL();
     if (parser.isSet(feedOption)) {
         feed = QUrl(parser.value(feedOption), QUrl::StrictMode);
-        if (!feed.isValid() || feed.scheme().isEmpty()) {
-            CliSupport::printError(QStringLiteral("kestrune-cli check-update: --feed takes an absolute URL, not \"%1\"")
+        if (!feed.isValid() || !UpdateCheckService::isFeedScheme(feed.scheme()) || feed.host().isEmpty()) {
+            CliSupport::printError(QStringLiteral("kestrune-cli check-update: --feed takes an http or https URL, not \"%1\"")
                                        .arg(parser.value(feedOption)));
             CliSupport::printUsage(stderr);
             return 2;
@@ -50,10 +50,11 @@ int checkUpdate(const QStringList &arguments)
         CliSupport::printLine(QStringLiteral("No newer version offered (this is %1).").arg(current));
         return 0;
     }
-    CliSupport::printLine(QStringLiteral("Kestrune %1 is available (this is %2).").arg(update->version, current));
+    CliSupport::printLine(QStringLiteral("Kestrune %1 is available (this is %2).").arg(CliSupport::terminalSafe(update->version), current));
     CliSupport::printLine(QStringLiteral("Download: ") + update->downloadURL.toString(QUrl::FullyEncoded));
+    // Notes keep their lines; every other control character is shown, not obeyed.
     if (update->releaseNotes)
-        CliSupport::printLine(QStringLiteral("\n") + *update->releaseNotes);
+        CliSupport::printLine(QStringLiteral("\n") + QString(*update->releaseNotes).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
     return 0;
 }
 

@@ -15,6 +15,12 @@
 
 int main(int argc, char *argv[])
 {
+    // Before anything opens a file: a report that cannot be written must not be produced by moving
+    // things to the Trash first.
+    if (!CliSupport::claimStandardStreams()) {
+        CliSupport::printError(QStringLiteral("kestrune-cli: standard output is closed; nothing was done"));
+        return 1;
+    }
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kestrune-cli"));
     QCoreApplication::setApplicationVersion(UpdateCheckService::currentVersion());
@@ -39,11 +45,11 @@ int main(int argc, char *argv[])
     }
     if (parser.isSet(help)) {
         CliSupport::printUsage(stdout);
-        return 0;
+        return CliSupport::finish(0);
     }
     if (parser.isSet(version)) {
         CliSupport::printLine(QStringLiteral("kestrune-cli ") + QCoreApplication::applicationVersion());
-        return 0;
+        return CliSupport::finish(0);
     }
     for (const QCommandLineOption *folder : {&root, &home}) {
         if (parser.isSet(*folder) && !QFileInfo(parser.value(*folder)).isDir()) {
@@ -77,5 +83,5 @@ int main(int argc, char *argv[])
         CliSupport::printUsage(stderr);
         return 2;
     }
-    return found->second(rest);
+    return CliSupport::finish(found->second(rest));
 }

@@ -67,7 +67,9 @@ std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, 
 
 std::optional<QByteArray> readFile(const QString &path, qint64 maxBytes)
 {
-    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY | O_CLOEXEC);
+    // Opening a pipe for reading waits for a writer, and a link can lead to one whatever a check of
+    // the path said a moment before: open without waiting, then look at what was opened.
+    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0)
         return std::nullopt;
     struct stat st;

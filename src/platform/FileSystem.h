@@ -29,7 +29,8 @@ struct DirectoryEntry {
 // Absent when the folder cannot be listed.
 [[nodiscard]] std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, bool skipsHiddenFiles = true);
 
-// Reads a whole file, refusing files larger than maxBytes (absent then, as on any failure).
+// Reads a whole regular file (through links), refusing files larger than maxBytes and anything else
+// (absent then, as on any failure). Never blocks on a pipe or a device.
 [[nodiscard]] std::optional<QByteArray> readFile(const QString &path, qint64 maxBytes);
 
 // NSString path helpers, on strings.

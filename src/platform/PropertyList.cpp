@@ -16,63 +16,158 @@ namespace {
 
 constexpr QByteArrayView binaryMagic("bplist00");
 
-// Nesting depth of an XML plist (and the absence of NUL characters), counted over <dict> and <array> tags outside comments, CDATA and
-// declarations. False when the depth limit is passed.
-bool xmlDepthWithinLimit(QByteArrayView xml)
+// Walks an XML plist the way libplist's own reader tokenizes it, so that both agree on where every
+// tag ends: a double quote inside a tag, a processing instruction or a declaration opens a quoted
+// section that runs to the next double quote, and a '>' inside it ends nothing (so <array a="/>"> opens
+// an array). Comments and CDATA end at their first terminator, quotes or not. False when the nesting
+// passes the depth limit, a dictionary holds more keys than the reader can take in reasonable time, the
+// tags do not pair up, or the text holds a NUL character.
+class XmlChecker
 {
-    int depth = 0;
-    qsizetype i = 0;
-    const qsizetype n = xml.size();
-    auto skipPast = [&](QByteArrayView terminator) {
-        const qsizetype end = xml.indexOf(terminator, i);
-        i = end < 0 ? n : end + terminator.size();
-    };
-    while (i < n) {
+public:
+    explicit XmlChecker(QByteArrayView xml) : m_xml(xml) {}
+
+    bool check()
+    {
         // libplist aborts on text holding a NUL character, raw or as a character reference.
-        if (xml[i] == 0)
+        if (m_xml.contains('\0'))
             return false;
-        if (xml[i] == '&' && i + 1 < n && xml[i + 1] == '#') {
-            qsizetype k = i + 2;
-            const bool hex = k < n && (xml[k] == 'x' || xml[k] == 'X');
-            if (hex)
-                ++k;
-            bool nonZero = false;
-            const qsizetype digits = k;
-            while (k < n && (std::isdigit(uchar(xml[k])) || (hex && std::isxdigit(uchar(xml[k]))))) {
-                nonZero = nonZero || xml[k] != '0';
-                ++k;
+        const qsizetype n = m_xml.size();
+        qsizetype i = 0;
+        while (i < n) {
+            if (m_xml[i] == '&') {
+                if (isNulReference(i))
+                    return false;
+                ++i;
+                continue;
             }
-            if (k > digits && !nonZero)
+            if (m_xml[i] != '<') {
+                ++i;
+                continue;
+            }
+            const QByteArrayView rest = m_xml.sliced(i);
+            if (rest.startsWith("<?")) {
+                i = endOf(i + 2, "?>", true);
+            } else if (rest.startsWith("<!--")) {
+                i = endOf(i + 4, "-->", false);
+            } else if (rest.startsWith("<![CDATA[")) {
+                i = endOf(i + 9, "]]>", false);
+            } else if (rest.startsWith("<!")) {
+                // A declaration ends at its '>', or, with an internal subset, at "]>".
+                const qsizetype stop = firstOf(i + 2, "[>");
+                i = stop < n && m_xml[stop] == '[' ? endOf(stop, "]>", true) : stop + 1;
+            } else if (!tag(i)) {
                 return false;
+            }
         }
-        if (xml[i] != '<') {
-            ++i;
-            continue;
-        }
-        const QByteArrayView rest = xml.sliced(i);
-        if (rest.startsWith("<!--")) {
-            skipPast("-->");
-        } else if (rest.startsWith("<![CDATA[")) {
-            skipPast("]]>");
-        } else if (rest.startsWith("<?")) {
-            skipPast("?>");
-        } else if (rest.startsWith("<!")) {
-            skipPast(">");
-        } else {
-            const bool closing = rest.size() > 1 && rest[1] == '/';
-            const QByteArrayView name = rest.sliced(std::min<qsizetype>(rest.size(), closing ? 2 : 1));
-            const bool container = name.startsWith("dict") || name.startsWith("array");
-            const qsizetype end = xml.indexOf('>', i);
-            const bool selfClosing = end > 0 && xml[end - 1] == '/';
-            if (container && closing)
-                depth = std::max(0, depth - 1);
-            else if (container && !selfClosing && ++depth > PropertyList::maximumDepth)
-                return false;
-            i = end < 0 ? n : end + 1;
-        }
+        return true;
     }
-    return true;
-}
+
+private:
+    // Past the first terminator at or after from (outside quotes when asked), or the end.
+    qsizetype endOf(qsizetype from, QByteArrayView terminator, bool skipQuotes) const
+    {
+        const qsizetype n = m_xml.size();
+        for (qsizetype k = from; k < n; ++k) {
+            if (m_xml.sliced(k).startsWith(terminator))
+                return k + terminator.size();
+            if (skipQuotes && m_xml[k] == '"') {
+                const qsizetype close = m_xml.indexOf('"', k + 1);
+                if (close < 0)
+                    return n;
+                k = close;
+            }
+        }
+        return n;
+    }
+
+    // The first of the given characters at or after from, outside quotes, or the end.
+    qsizetype firstOf(qsizetype from, QByteArrayView characters) const
+    {
+        const qsizetype n = m_xml.size();
+        for (qsizetype k = from; k < n; ++k) {
+            if (m_xml[k] == '"') {
+                const qsizetype close = m_xml.indexOf('"', k + 1);
+                if (close < 0)
+                    return n;
+                k = close;
+            } else if (characters.contains(m_xml[k])) {
+                return k;
+            }
+        }
+        return n;
+    }
+
+    bool isNulReference(qsizetype at) const
+    {
+        const qsizetype n = m_xml.size();
+        qsizetype k = at + 1;
+        if (k >= n || m_xml[k] != '#')
+            return false;
+        ++k;
+        const bool hex = k < n && (m_xml[k] == 'x' || m_xml[k] == 'X');
+        if (hex)
+            ++k;
+        bool nonZero = false;
+        const qsizetype digits = k;
+        while (k < n && (std::isdigit(uchar(m_xml[k])) || (hex && std::isxdigit(uchar(m_xml[k]))))) {
+            nonZero = nonZero || m_xml[k] != '0';
+            ++k;
+        }
+        return k > digits && !nonZero;
+    }
+
+    // One element tag starting at i; moves i past it. The name runs to white space or an angle
+    // bracket, the tag to the next '>' outside quotes.
+    bool tag(qsizetype &i)
+    {
+        const qsizetype n = m_xml.size();
+        qsizetype nameEnd = i + 1;
+        while (nameEnd < n && !QByteArrayView(" \r\n\t<>").contains(m_xml[nameEnd]))
+            ++nameEnd;
+        QByteArrayView name = m_xml.sliced(i + 1, nameEnd - i - 1);
+        const qsizetype end = nameEnd < n && m_xml[nameEnd] == '>' ? nameEnd : firstOf(nameEnd, "<>");
+        if (end >= n) {
+            i = n;
+            return true;
+        }
+        if (m_xml[end] == '<') {
+            // The reader gives up on a tag without its '>'; the '<' starts the next token here.
+            i = end;
+            return true;
+        }
+        i = end + 1;
+        const bool empty = m_xml[end - 1] == '/';
+        if (empty && name.endsWith('/'))
+            name.chop(1);
+        if (name == "dict" || name == "array") {
+            if (empty)
+                return true;
+            if (m_open.size() >= std::size_t(PropertyList::maximumDepth))
+                return false;
+            m_open.push_back({name == "dict", 0});
+            return true;
+        }
+        if (name == "/dict" || name == "/array") {
+            if (m_open.empty() || m_open.back().isDictionary != (name == "/dict"))
+                return false;
+            m_open.pop_back();
+            return true;
+        }
+        // libplist looks every new key up among the ones before it, one by one.
+        if (name == "key" && !empty && !m_open.empty() && m_open.back().isDictionary)
+            return ++m_open.back().keys <= PropertyList::maximumDictionaryKeys;
+        return true;
+    }
+
+    struct Container {
+        bool isDictionary;
+        qsizetype keys;
+    };
+
+    QByteArrayView m_xml;
+    std::vector<Container> m_open;
+};
 
 // Checks a binary plist's trailer, offset table and every container's references, and measures the
 // nesting depth without recursing more than the limit. False for anything libplist must not see.
@@ -101,6 +196,7 @@ public:
         m_tableOffset = qsizetype(tableOffset);
         m_state.assign(objectCount, Unvisited);
         m_depth.assign(objectCount, 0);
+        m_expanded.assign(objectCount, 1);
         return depthOf(topObject, 1) <= PropertyList::maximumDepth;
     }
 
@@ -117,7 +213,7 @@ private:
     }
 
     // Depth of the subtree at object index, entered at the given level; tooDeep on a cycle, a broken
-    // reference or passing the limit.
+    // reference, passing the depth limit or expanding to too many objects.
     int depthOf(quint64 index, int level)
     {
         if (index >= m_objectCount)
@@ -171,10 +267,18 @@ private:
             return tooDeep;
         m_state[index] = OnStack;
         int deepest = 0;
+        // Memoised per object, but summed per reference: arrays that each hold the next one twice are
+        // a few bytes and 2^depth copies.
+        quint64 expanded = 1;
         for (quint64 k = 0; k < references && deepest < tooDeep; ++k) {
             const quint64 child = readBigEndian(at + qsizetype(k) * m_refSize, m_refSize);
             deepest = std::max(deepest, depthOf(child, level + 1));
+            if (deepest < tooDeep)
+                expanded += m_expanded[child];
+            if (expanded > PropertyList::maximumObjects)
+                deepest = tooDeep;
         }
+        m_expanded[index] = expanded;
         const int depth = deepest >= tooDeep ? tooDeep : deepest + 1;
         m_state[index] = Done;
         m_depth[index] = depth;
@@ -188,6 +292,7 @@ private:
     qsizetype m_tableOffset = 0;
     std::vector<State> m_state;
     std::vector<int> m_depth;
+    std::vector<quint64> m_expanded;
 };
 
 struct PlistDeleter {
@@ -296,7 +401,7 @@ std::optional<QVariant> fromData(const QByteArray &data)
             return std::nullopt;
         plist_from_bin(data.constData(), uint32_t(data.size()), &root);
     } else {
-        if (!xmlDepthWithinLimit(view))
+        if (!XmlChecker(view).check())
             return std::nullopt;
         plist_from_xml(data.constData(), uint32_t(data.size()), &root);
     }

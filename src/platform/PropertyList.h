@@ -7,9 +7,11 @@
 
 #include <optional>
 
-// PropertyListSerialization on libplist, XML and binary. libplist recurses once per nesting level and
-// trusts binary offsets, so every input is checked first: over 16 MiB, nested deeper than 64, or
-// structurally broken counts as unreadable and is never handed to the parser.
+// PropertyListSerialization on libplist, XML and binary. libplist recurses once per nesting level,
+// trusts binary offsets, copies every shared reference of a binary list and looks up each new XML key
+// among all earlier ones, so every input is checked first: over 16 MiB, nested deeper than 64, expanding
+// to more objects or dictionary keys than below, or structurally broken counts as unreadable and is never
+// handed to the parser.
 //
 // Values arrive as QVariant: a dictionary as QVariantMap, an array as QVariantList, a string as QString,
 // an integer as qint64, a real as double, a Boolean as bool, a date as QDateTime, data as QByteArray.
@@ -17,6 +19,10 @@ namespace PropertyList {
 
 inline constexpr qint64 maximumBytes = 16 * 1024 * 1024;
 inline constexpr int maximumDepth = 64;
+// Objects a binary list may expand to, each reference counted as the copy libplist makes of it.
+inline constexpr quint64 maximumObjects = 2'000'000;
+// Keys in one XML dictionary; the reader's time grows with the square of it (0.1 s for 50,000).
+inline constexpr qsizetype maximumDictionaryKeys = 50'000;
 
 [[nodiscard]] std::optional<QVariant> fromData(const QByteArray &data);
 [[nodiscard]] std::optional<QVariant> read(const QString &path);

@@ -168,23 +168,22 @@ namespace FileSizeCalculator {
 
 qint64 itemSize(const QString &path, qint64 entryLimit)
 {
-    bool isDirectory = false;
-    if (!FileSystem::exists(path, &isDirectory))
-        return 0;
-    if (isDirectory)
-        return directorySize(path, entryLimit);
-    // A device or a pipe reports a length that is not bytes on disk; only regular files have a size.
+    // The size is what moving the item frees. A link moves alone, so it counts as a link does inside
+    // a folder (nothing), not as the file or folder it points to. A device or a pipe reports a length
+    // that is not bytes on disk; only regular files have a size.
     struct stat st;
-    if (::stat(NativePath::encode(path).constData(), &st) != 0 || !S_ISREG(st.st_mode))
+    if (path.isEmpty() || ::lstat(NativePath::encode(path).constData(), &st) != 0)
         return 0;
-    return qint64(st.st_size);
+    if (S_ISDIR(st.st_mode))
+        return directorySize(path, entryLimit);
+    return S_ISREG(st.st_mode) ? qint64(st.st_size) : 0;
 }
 
 qint64 directorySize(const QString &path, qint64 entryLimit)
 {
     if (path.isEmpty())
         return 0;
-    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = ::open(NativePath::encode(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return 0;
     struct stat start;

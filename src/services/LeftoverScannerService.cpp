@@ -271,12 +271,16 @@ Category spotlightCategory(const QString &path)
 void scanSpotlight(const SearchContext &context, const Append &append)
 {
     const QString query = QStringLiteral("kMDItemCFBundleIdentifier == '") + context.bundleID + QLatin1Char('\'');
-    const std::optional<QString> output = CommandRunner::run(systemFolder("/usr/bin/mdfind"), {query});
+    // An index that never answers must not hold the scan for good.
+    constexpr int spotlightTimeoutMs = 30000;
+    const std::optional<QString> output = CommandRunner::run(systemFolder("/usr/bin/mdfind"), {query}, spotlightTimeoutMs);
     if (!output)
         return;
     const QStringList lines = output->split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     for (const QString &line : lines) {
-        if (line == context.app.bundlePath())
+        // A name holding a line break splits into fragments; resolved against the working folder, one
+        // could name any of the user's folders.
+        if (line == context.app.bundlePath() || !line.startsWith(QLatin1Char('/')))
             continue;
         const QString path = FileSystem::standardizedPath(line);
         append(path, spotlightCategory(path), FoundBy::spotlight, context.bundleID);
@@ -296,11 +300,8 @@ struct Collector {
         struct stat st;
         if (path.isEmpty() || ::stat(NativePath::encode(path).constData(), &st) != 0)
             return;
-        // itemSize's own split, reusing this stat rather than repeating it.
-        const qint64 size = S_ISDIR(st.st_mode)
-            ? FileSizeCalculator::directorySize(path, FileSizeCalculator::defaultEntryLimit)
-            : qint64(st.st_size);
-        LeftoverItem item = LeftoverItem::at(path, category, size);
+        // A link counts as itself (nothing), not as what it points to: only the link moves.
+        LeftoverItem item = LeftoverItem::at(path, category, FileSizeCalculator::itemSize(path));
         item.foundBy = foundBy;
         item.matched = matched;
         items.append(std::move(item));

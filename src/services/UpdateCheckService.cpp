@@ -11,8 +11,12 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QPromise>
+#include <QThreadPool>
 #include <QTimer>
-#include <QtConcurrent>
+
+#include <functional>
+#include <memory>
 
 // A resource in a static library is only linked in when something names its initialiser.
 static void initialiseOwnResources()
@@ -57,11 +61,9 @@ std::optional<QUrl> resolvedDownloadURL(const QUrl &feed, const QString &downloa
     const QUrl parsed(downloadPath, QUrl::TolerantMode);
     if (downloadPath.isEmpty() || !parsed.isValid())
         return std::nullopt;
-    if (!parsed.scheme().isEmpty())
-        return parsed;
     // RFC 3986 resolution drops the base's last segment, so the reference lands beside the feed document.
-    const QUrl resolved = feed.resolved(parsed);
-    if (!resolved.isValid() || resolved.isRelative())
+    const QUrl resolved = parsed.scheme().isEmpty() ? feed.resolved(parsed) : parsed;
+    if (!resolved.isValid() || resolved.isRelative() || !isOfferedDownload(feed, resolved))
         return std::nullopt;
     return resolved;
 }
@@ -96,8 +98,13 @@ struct Response {
     QByteArray body;
 };
 
-// Runs on a pool thread: its own event loop drives the request, so the caller never waits.
-std::optional<Response> fetch(const QUrl &feed, std::chrono::milliseconds timeout)
+std::optional<AppUpdateInfo> offerFrom(const QUrl &feed, const std::optional<Response> &response);
+
+// Runs on a pool thread: its own event loop drives the request, so the caller never waits. The answer
+// is delivered as soon as the request ends or the deadline passes, before the network objects are torn
+// down: that can wait a further five seconds for Qt's connection thread when a server floods it (an
+// endless header), and the deadline is for the whole check.
+void fetch(const QUrl &feed, std::chrono::milliseconds timeout, const std::function<void(const std::optional<Response> &)> &deliver)
 {
     QNetworkAccessManager manager;
     QNetworkRequest request(feed);
@@ -123,6 +130,7 @@ std::optional<Response> fetch(const QUrl &feed, std::chrono::milliseconds timeou
     deadline.setSingleShot(true);
     QObject::connect(&deadline, &QTimer::timeout, &loop, [&] {
         abandoned = true;
+        loop.quit();
         reply->abort();
     });
     deadline.start(timeout);
@@ -133,16 +141,12 @@ std::optional<Response> fetch(const QUrl &feed, std::chrono::milliseconds timeou
 
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     const bool failed = abandoned || reply->error() != QNetworkReply::NoError || !status.isValid();
-    Response response{status.toInt(), body};
+    deliver(failed ? std::nullopt : std::optional<Response>(Response{status.toInt(), body}));
     delete reply;
-    if (failed)
-        return std::nullopt;
-    return response;
 }
 
-std::optional<AppUpdateInfo> check(const QUrl &feed, std::chrono::milliseconds timeout)
+std::optional<AppUpdateInfo> offerFrom(const QUrl &feed, const std::optional<Response> &response)
 {
-    const std::optional<Response> response = fetch(feed, timeout);
     if (!response || response->status < 200 || response->status > 299)
         return std::nullopt;
     const std::optional<ReleaseManifest> manifest = decodeManifest(response->body);
@@ -216,7 +220,35 @@ QString currentVersion()
 
 QFuture<std::optional<AppUpdateInfo>> checkForUpdate(const QUrl &feed, std::chrono::milliseconds timeout)
 {
-    return QtConcurrent::run([feed, timeout] { return check(feed, timeout); });
+    auto promise = std::make_shared<QPromise<std::optional<AppUpdateInfo>>>();
+    promise->start();
+    QFuture<std::optional<AppUpdateInfo>> future = promise->future();
+    // Only an HTTP answer counts: a file or any other scheme is never fetched.
+    if (!isFeedScheme(feed.scheme())) {
+        promise->addResult(std::nullopt);
+        promise->finish();
+        return future;
+    }
+    QThreadPool::globalInstance()->start([promise, feed, timeout] {
+        fetch(feed, timeout, [&](const std::optional<Response> &response) {
+            promise->addResult(offerFrom(feed, response));
+            promise->finish();
+        });
+    });
+    return future;
+}
+
+bool isFeedScheme(const QString &scheme)
+{
+    return scheme == QLatin1String("https") || scheme == QLatin1String("http");
+}
+
+bool isOfferedDownload(const QUrl &feed, const QUrl &download)
+{
+    // The address goes to the browser as it is: a script, a file or a share must never get there.
+    const bool secure = download.scheme() == QLatin1String("https");
+    const bool plainFromPlainFeed = download.scheme() == QLatin1String("http") && feed.scheme() == QLatin1String("http");
+    return (secure || plainFromPlainFeed) && !download.host().isEmpty();
 }
 
 bool isVersionNewerThan(const QString &candidate, const QString &reference)

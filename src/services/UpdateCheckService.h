@@ -24,7 +24,8 @@ inline constexpr std::chrono::milliseconds defaultTimeout{12000};
 // The running version, or "0".
 [[nodiscard]] QString currentVersion();
 
-// Never fails and never blocks the caller: the future holds the offered update, or nothing.
+// Never fails and never blocks the caller: the future holds the offered update, or nothing, within
+// the timeout, however the server answers.
 [[nodiscard]] QFuture<std::optional<AppUpdateInfo>> checkForUpdate(const QUrl &feed = feedURL(),
                                                                    std::chrono::milliseconds timeout = defaultTimeout);
 
@@ -38,5 +39,10 @@ inline constexpr qint64 maximumFeedBytes = 1024 * 1024;
 [[nodiscard]] QString currentVersionFrom(const std::optional<QVariantMap> &information);
 
 [[nodiscard]] bool isVersionNewerThan(const QString &candidate, const QString &reference);
+
+// The feed is only ever asked over HTTP(S).
+[[nodiscard]] bool isFeedScheme(const QString &scheme);
+// A download is offered only at an https address, or an http one when the feed itself is plain http.
+[[nodiscard]] bool isOfferedDownload(const QUrl &feed, const QUrl &download);
 
 } // namespace UpdateCheckService

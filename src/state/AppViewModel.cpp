@@ -14,6 +14,7 @@
 #include "services/SoundService.h"
 #include "services/UpdateCheckService.h"
 
+#include <QPointer>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <memory>
@@ -129,16 +130,24 @@ void AppViewModel::whenDone(QFuture<T> future, Apply apply)
     // would skip the "under way" state the caller has just shown; such a result waits for the next
     // event instead. Only the main thread touches the flag.
     auto attaching = std::make_shared<bool>(true);
-    const auto deliver = [this, apply, attaching](T value) {
+    // A task can outlive this object (the window closes mid-scan), and Qt asserts that a continuation's
+    // context is still alive when its task ends. So each task gets a context of its own on this thread,
+    // dropped once the task has delivered, and a result that arrives after this object is gone is dropped.
+    auto *context = new QObject;
+    const QPointer<AppViewModel> self(this);
+    const auto deliver = [self, context, apply, attaching](T value) {
+        context->deleteLater();
+        if (!self)
+            return;
         if (*attaching)
-            QMetaObject::invokeMethod(this, [apply, value = std::move(value)] { apply(value); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(self, [apply, value = std::move(value)] { apply(value); }, Qt::QueuedConnection);
         else
             apply(value);
     };
     // Taking the future itself lets a failed task reach the continuation; a cancelled one skips it
     // and lands in onCanceled instead.
     future
-        .then(this,
+        .then(context,
               [deliver](QFuture<T> finished) {
                   T value{};
                   try {
@@ -148,7 +157,7 @@ void AppViewModel::whenDone(QFuture<T> future, Apply apply)
                   }
                   deliver(std::move(value));
               })
-        .onCanceled(this, [deliver] { deliver(T{}); });
+        .onCanceled(context, [deliver] { deliver(T{}); });
     *attaching = false;
 }
 
