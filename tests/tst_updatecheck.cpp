@@ -141,6 +141,9 @@ private Q_SLOTS:
         QTest::newRow("empty object") << response(200, "{}") << QString() << QVariant();
         QTest::newRow("no downloadURL") << response(200, R"({"version": "9"})") << QString() << QVariant();
         QTest::newRow("number for version") << response(200, R"({"version": 9, "downloadURL": "a.zip"})") << QString() << QVariant();
+        QTest::newRow("number for notes") << response(200, R"({"version": "9", "downloadURL": "a.zip", "releaseNotes": 9})") << QString() << QVariant();
+        QTest::newRow("list for notes") << response(200, R"({"version": "9", "downloadURL": "a.zip", "releaseNotes": ["Faster."]})") << QString() << QVariant();
+        QTest::newRow("other keys ignored") << feed("2", R"(, "minimumOS": 14, "Version": [])") << absolute << QVariant();
         QTest::newRow("over the size cap") << feed("2", ", \"pad\": \"" + QByteArray(UpdateCheckService::maximumFeedBytes, 'x') + '"')
                                            << QString() << QVariant();
         QTest::newRow("relative download") << response(200, R"({"version": "2", "downloadURL": "downloads/K 2.zip"})")

@@ -34,7 +34,8 @@ struct ReleaseManifest {
     std::optional<QString> releaseNotes;
 };
 
-// Exactly the three keys, each of its own JSON type; anything else fails the whole document.
+// The three keys, each of its own JSON type (the notes may also be null or missing); a key of another
+// type fails the whole document, other keys are ignored.
 std::optional<ReleaseManifest> decodeManifest(const QByteArray &body)
 {
     QJsonParseError error;
