@@ -204,6 +204,7 @@ void printUsage(FILE *stream)
         "  remove TARGET | --orphan ID [--dry-run] [--yes] [--include-claimed] [--json]\n"
         "                                     move an app and its leftovers, or a removed app's group, to the Trash;\n"
         "                                     items another app or macOS owns stay unless --include-claimed\n"
+        "  restore PATH... [--json]           put back the newest Trash entry of each path, where it is free\n"
         "  size PATH [--limit N]              byte count of a file or folder\n"
         "  check-update [--feed URL] [--json] ask the release feed for a newer version\n",
         stream);
