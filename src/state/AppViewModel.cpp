@@ -589,11 +589,6 @@ void AppViewModel::selectOrphanById(const QString &id)
 
 // ---- Item selection and deletion ----
 
-void AppViewModel::toggleSelection(const LeftoverItem &item)
-{
-    toggleItemSelection(item.id);
-}
-
 void AppViewModel::toggleItemSelection(const QString &itemID)
 {
     QSet<QString> ids = m_selectedItemIDs;
