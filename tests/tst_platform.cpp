@@ -101,6 +101,23 @@ private Q_SLOTS:
 
     void standardizedPath() { QCOMPARE(FileSystem::standardizedPath(QStringLiteral("/a/./b//../c/")), QStringLiteral("/a/c")); }
 
+    void characterCount_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("count");
+        QTest::newRow("empty") << QString() << 0;
+        QTest::newRow("plain") << QStringLiteral("abc") << 3;
+        QTest::newRow("decomposed accent") << QStringLiteral("e\u0301t\u00e9") << 3;
+        QTest::newRow("flag") << QStringLiteral("\U0001F1EF\U0001F1F5") << 1;
+        QTest::newRow("joined family") << QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467") << 1;
+    }
+    void characterCount()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, count);
+        QCOMPARE(TextCompare::characterCount(text), qsizetype(count));
+    }
+
     void collation()
     {
         QStringList names{QStringLiteral("zeta"), QStringLiteral("Alpha"), QStringLiteral("beta"), QStringLiteral("Äpfel")};

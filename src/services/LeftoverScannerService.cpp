@@ -10,7 +10,6 @@
 #include "services/FileSizeCalculator.h"
 
 #include <QSet>
-#include <QTextBoundaryFinder>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -33,16 +32,6 @@ struct SearchContext {
 
 using Append = std::function<void(const QString &path, Category category, FoundBy foundBy, const QString &matched)>;
 
-// Characters as a reader counts them, so that a decomposed "é" is one.
-qsizetype characterCount(const QString &text)
-{
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype count = 0;
-    while (finder.toNextBoundary() != -1)
-        ++count;
-    return count;
-}
-
 QString bundleFileName(const InstalledApp &app)
 {
     return FileSystem::lastPathComponent(FileSystem::deletingPathExtension(app.bundlePath()));
@@ -61,7 +50,7 @@ QStringList searchTerms(const InstalledApp &app, const QString &bundleID)
         terms.insert((pieces.at(pieces.size() - 2) + QLatin1Char('.') + pieces.constLast()).toLower());
     QStringList kept;
     for (const QString &term : std::as_const(terms)) {
-        if (characterCount(term) > 2)
+        if (TextCompare::characterCount(term) > 2)
             kept.append(term);
     }
     return kept;
