@@ -70,19 +70,20 @@ private Q_SLOTS:
     void pathHelpers_data()
     {
         QTest::addColumn<QString>("path");
-        QTest::addColumn<QStringList>("expected"); // last component, parent, extension, without extension
-        QTest::newRow("trailing slash") << "/Applications/Foo.app/" << QStringList{"Foo.app", "/Applications", "app", "/Applications/Foo"};
-        QTest::newRow("two dots") << "/A/x.tar.gz" << QStringList{"x.tar.gz", "/A", "gz", "/A/x.tar"};
-        QTest::newRow("hidden name") << "/A/.app" << QStringList{".app", "/A", "", "/A/.app"};
-        QTest::newRow("dot in folder") << "/A.b/Foo" << QStringList{"Foo", "/A.b", "", "/A.b/Foo"};
-        QTest::newRow("top level") << "/Users" << QStringList{"Users", "/", "", "/Users"};
+        QTest::addColumn<QStringList>("expected"); // last component, parent, extension, without extension, bare name
+        QTest::newRow("trailing slash") << "/Applications/Foo.app/" << QStringList{"Foo.app", "/Applications", "app", "/Applications/Foo", "Foo"};
+        QTest::newRow("two dots") << "/A/x.tar.gz" << QStringList{"x.tar.gz", "/A", "gz", "/A/x.tar", "x.tar"};
+        QTest::newRow("hidden name") << "/A/.app" << QStringList{".app", "/A", "", "/A/.app", ".app"};
+        QTest::newRow("dot in folder") << "/A.b/Foo" << QStringList{"Foo", "/A.b", "", "/A.b/Foo", "Foo"};
+        QTest::newRow("top level") << "/Users" << QStringList{"Users", "/", "", "/Users", "Users"};
     }
     void pathHelpers()
     {
         QFETCH(QString, path);
         QFETCH(QStringList, expected);
         QCOMPARE((QStringList{FileSystem::lastPathComponent(path), FileSystem::deletingLastPathComponent(path),
-                              FileSystem::pathExtension(path), FileSystem::deletingPathExtension(path)}), expected);
+                              FileSystem::pathExtension(path), FileSystem::deletingPathExtension(path),
+                              FileSystem::fileNameWithoutExtension(path)}), expected);
     }
 
     // Both overloads, any letter case, and no near miss.
