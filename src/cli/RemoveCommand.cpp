@@ -17,14 +17,6 @@ namespace Commands {
 
 namespace {
 
-qint64 totalSize(const QList<LeftoverItem> &items)
-{
-    qint64 total = 0;
-    for (const LeftoverItem &item : items)
-        total += item.size;
-    return total;
-}
-
 QString countText(qsizetype count)
 {
     return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
@@ -53,7 +45,7 @@ void printList(const QList<LeftoverItem> &items, bool toStderr)
 bool confirmed(const QList<LeftoverItem> &items)
 {
     const QByteArray prompt = QStringLiteral("Move %1 (%2) to the Trash? [y/N] ")
-                                  .arg(countText(items.size()), ByteCountFormatter::string(totalSize(items)))
+                                  .arg(countText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
                                   .toUtf8();
     std::fflush(stdout);
     std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
@@ -165,7 +157,7 @@ int remove(const QStringList &arguments)
             printList(ordered, false);
             printKept(kept, false);
             CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
-                                      .arg(countText(ordered.size()), ByteCountFormatter::string(totalSize(ordered))));
+                                      .arg(countText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
         }
         return 0;
     }
@@ -204,7 +196,7 @@ int remove(const QStringList &arguments)
             rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
         CliSupport::printTable(rows);
         CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
-                                  .arg(countText(report.deleted.size()), ByteCountFormatter::string(totalSize(report.deleted))));
+                                  .arg(countText(report.deleted.size()), ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
     }
     if (!report.failed.isEmpty()) {
         CliSupport::printError(QStringLiteral("kestrune-cli remove: %1 could not be moved to the Trash")

@@ -345,10 +345,7 @@ QList<LeftoverItem> AppViewModel::selectedItems() const
 
 qint64 AppViewModel::selectedTotalSize() const
 {
-    qint64 total = 0;
-    for (const LeftoverItem &item : selectedItems())
-        total += item.size;
-    return total;
+    return LeftoverItems::totalSize(selectedItems());
 }
 
 QString AppViewModel::formattedSelectedTotalSize() const
