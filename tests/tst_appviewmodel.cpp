@@ -297,7 +297,7 @@ private Q_SLOTS:
         ScanResult result = resultOf(alpha, 2);
         result.items.insert(1, item(QStringLiteral("/Users/ann/Library/Preferences/alpha.plist"), LeftoverCategory::preferences));
         // Ticks without an active result stay as they are and count for nothing.
-        model().toggleSelection(result.items.at(0));
+        model().toggleItemSelection(result.items.at(0).id);
         model().selectAll();
         QCOMPARE(model().selectedItemIDs(), (QSet<QString>{result.items.at(0).id}));
         QVERIFY(model().selectedItems().isEmpty());
@@ -307,7 +307,7 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), result.items.mid(0, 2));
         // Rows follow the category order, not the result's.
         QCOMPARE(model().activeItemsModel()->index(3).data(int(LeftoverItemListModel::Role::id)).toString(), result.items.at(1).id);
-        model().toggleSelection(result.items.at(0));
+        model().toggleItemSelection(result.items.at(0).id);
         model().setSelection(LeftoverCategory::caches, true);
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         QCOMPARE(model().selectedTotalSize(), 3000);
@@ -417,7 +417,7 @@ private Q_SLOTS:
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         const ScanResult result = resultOf(alpha, moved + failed);
         loadAndScan({alpha}, result);
-        model().toggleSelection(result.items.at(0)); // the bundle stays
+        model().toggleItemSelection(result.items.at(0).id); // the bundle stays
         model().toggleItemSelection(QStringLiteral("/elsewhere")); // no item of the result: never sent
         const QList<LeftoverItem> sent = result.items.mid(1);
 
@@ -542,7 +542,7 @@ private Q_SLOTS:
         model().putBackLastRemoval();
         QCOMPARE(fakes().putBacks.count(), 0);
 
-        model().toggleSelection(result.items.at(0));
+        model().toggleItemSelection(result.items.at(0).id);
         model().deleteSelectedItems();
         const QList<LeftoverItem> leftovers = result.items.mid(1);
         const QStringList trashed{"/T/files/2", "/T/files/1", "/T/files/0"};

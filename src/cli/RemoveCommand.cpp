@@ -17,19 +17,6 @@ namespace Commands {
 
 namespace {
 
-qint64 totalSize(const QList<LeftoverItem> &items)
-{
-    qint64 total = 0;
-    for (const LeftoverItem &item : items)
-        total += item.size;
-    return total;
-}
-
-QString countText(qsizetype count)
-{
-    return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
-}
-
 QString adminNote(const LeftoverItem &item)
 {
     return item.requiresAdmin() ? QStringLiteral("  (may need administrator rights)") : QString();
@@ -53,7 +40,7 @@ void printList(const QList<LeftoverItem> &items, bool toStderr)
 bool confirmed(const QList<LeftoverItem> &items)
 {
     const QByteArray prompt = QStringLiteral("Move %1 (%2) to the Trash? [y/N] ")
-                                  .arg(countText(items.size()), ByteCountFormatter::string(totalSize(items)))
+                                  .arg(itemCountText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
                                   .toUtf8();
     std::fflush(stdout);
     std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
@@ -93,6 +80,11 @@ QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QL
 }
 
 } // namespace
+
+QString itemCountText(qsizetype count)
+{
+    return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
+}
 
 int remove(const QStringList &arguments)
 {
@@ -165,7 +157,7 @@ int remove(const QStringList &arguments)
             printList(ordered, false);
             printKept(kept, false);
             CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
-                                      .arg(countText(ordered.size()), ByteCountFormatter::string(totalSize(ordered))));
+                                      .arg(itemCountText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
         }
         return 0;
     }
@@ -204,11 +196,11 @@ int remove(const QStringList &arguments)
             rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
         CliSupport::printTable(rows);
         CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
-                                  .arg(countText(report.deleted.size()), ByteCountFormatter::string(totalSize(report.deleted))));
+                                  .arg(itemCountText(report.deleted.size()), ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
     }
     if (!report.failed.isEmpty()) {
         CliSupport::printError(QStringLiteral("kestrune-cli remove: %1 could not be moved to the Trash")
-                                   .arg(countText(report.failed.size())));
+                                   .arg(itemCountText(report.failed.size())));
         return 1;
     }
     return 0;

@@ -62,7 +62,7 @@ std::optional<InstalledApp> InstalledApp::from(const QString &appPath)
         identifier = stringValue(*info, QStringLiteral("CFBundleIdentifier"));
     }
     if (!name)
-        name = displayableFileName(FileSystem::lastPathComponent(FileSystem::deletingPathExtension(path)));
+        name = displayableFileName(FileSystem::fileNameWithoutExtension(path));
 
     return InstalledApp{path, *name, QUrl::fromLocalFile(path), identifier, FileSizeCalculator::directorySize(path)};
 }

@@ -68,3 +68,11 @@ size_t qHash(const LeftoverItem &item, size_t seed)
         seed = qHashMulti(seed, item.claimedBy->name, item.claimedBy->reason);
     return seed;
 }
+
+qint64 LeftoverItems::totalSize(const QList<LeftoverItem> &items)
+{
+    qint64 total = 0;
+    for (const LeftoverItem &item : items)
+        total += item.size;
+    return total;
+}

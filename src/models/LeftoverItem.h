@@ -4,6 +4,7 @@
 #include "models/LeftoverCategory.h"
 
 #include <QHashFunctions>
+#include <QList>
 #include <QString>
 #include <QUrl>
 
@@ -68,3 +69,7 @@ struct LeftoverItem {
 };
 
 size_t qHash(const LeftoverItem &item, size_t seed = 0);
+
+namespace LeftoverItems {
+[[nodiscard]] qint64 totalSize(const QList<LeftoverItem> &items);
+}

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "models/OrphanConfidence.h"
 
-#include <array>
-
 namespace OrphanConfidences {
 
 QString rawValue(OrphanConfidence confidence)
@@ -13,15 +11,6 @@ QString rawValue(OrphanConfidence confidence)
     case OrphanConfidence::uncertain: return QStringLiteral("Uncertain match");
     }
     return QString();
-}
-
-std::optional<OrphanConfidence> fromRawValue(const QString &value)
-{
-    for (const OrphanConfidence confidence : {OrphanConfidence::high, OrphanConfidence::medium, OrphanConfidence::uncertain}) {
-        if (rawValue(confidence) == value)
-            return confidence;
-    }
-    return std::nullopt;
 }
 
 } // namespace OrphanConfidences

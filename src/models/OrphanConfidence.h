@@ -3,15 +3,12 @@
 
 #include <QString>
 
-#include <optional>
-
 // How sure the removed-app scan is that a group belongs to an app that is gone.
 enum class OrphanConfidence { high, medium, uncertain };
 
 namespace OrphanConfidences {
 
 [[nodiscard]] QString rawValue(OrphanConfidence confidence);
-[[nodiscard]] std::optional<OrphanConfidence> fromRawValue(const QString &rawValue);
 [[nodiscard]] constexpr int sortOrder(OrphanConfidence confidence) { return int(confidence); }
 
 } // namespace OrphanConfidences

@@ -4,10 +4,7 @@
 
 qint64 ScanResult::totalSize() const
 {
-    qint64 total = 0;
-    for (const LeftoverItem &item : items)
-        total += item.size;
-    return total;
+    return LeftoverItems::totalSize(items);
 }
 
 QString ScanResult::formattedTotalSize() const

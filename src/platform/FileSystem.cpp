@@ -146,6 +146,11 @@ QString deletingPathExtension(const QString &path)
     return trimmed.left(trimmed.size() - extension.size() - 1);
 }
 
+QString fileNameWithoutExtension(const QString &path)
+{
+    return lastPathComponent(deletingPathExtension(path));
+}
+
 QString standardizedPath(const QString &path)
 {
     return QDir::cleanPath(QDir::isAbsolutePath(path) ? path : QDir::current().absoluteFilePath(path));

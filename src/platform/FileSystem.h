@@ -38,6 +38,8 @@ struct DirectoryEntry {
 [[nodiscard]] QString deletingLastPathComponent(const QString &path);
 [[nodiscard]] QString pathExtension(const QString &path);
 [[nodiscard]] QString deletingPathExtension(const QString &path);
+// The last component without its extension: "Foo" for "/Applications/Foo.app/".
+[[nodiscard]] QString fileNameWithoutExtension(const QString &path);
 // An absolute, clean path string as URL(fileURLWithPath:).path gives it (no trailing slash).
 [[nodiscard]] QString standardizedPath(const QString &path);
 

@@ -2,6 +2,7 @@
 #include "platform/TextCompare.h"
 
 #include <QCollator>
+#include <QTextBoundaryFinder>
 
 namespace TextCompare {
 
@@ -17,6 +18,15 @@ int localizedCaseInsensitiveCompare(const QString &a, const QString &b)
         return c;
     }();
     return collator.compare(a, b);
+}
+
+qsizetype characterCount(const QString &text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    while (finder.toNextBoundary() != -1)
+        ++count;
+    return count;
 }
 
 } // namespace TextCompare

@@ -3,7 +3,8 @@
 
 #include <QString>
 
-// localizedCaseInsensitiveCompare: the one comparison behind every sort of names and paths.
+// localizedCaseInsensitiveCompare: the one comparison behind every sort of names and paths; and the
+// one count of characters behind every length rule.
 namespace TextCompare {
 
 // Negative, zero or positive, as a is ordered before, the same as, or after b.
@@ -13,5 +14,8 @@ namespace TextCompare {
 {
     return localizedCaseInsensitiveCompare(a, b) < 0;
 }
+
+// Characters as a reader counts them (grapheme clusters), so a decomposed "é" is one, not two UTF-16 units.
+[[nodiscard]] qsizetype characterCount(const QString &text);
 
 } // namespace TextCompare

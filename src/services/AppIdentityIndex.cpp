@@ -31,11 +31,6 @@ std::optional<QVariantMap> bundleInfo(const QString &bundle)
     return PropertyList::readDictionary(bundle + QLatin1String("/Info.plist"));
 }
 
-QString fileStem(const QString &path)
-{
-    return FileSystem::lastPathComponent(FileSystem::deletingPathExtension(path));
-}
-
 // The Mac's own view of a path under the root: "/Applications/X.app" for ROOT/Applications/X.app.
 QString macPath(const QString &path)
 {
@@ -133,7 +128,7 @@ void add(Index &index, AppIdentity identity)
     for (const QString &identifier : identity.identifiers())
         index.byIdentifier[identifier.toLower()].append(at);
     index.byName[identity.name.toLower()].append(at);
-    const QString fileName = fileStem(identity.bundlePath).toLower();
+    const QString fileName = FileSystem::fileNameWithoutExtension(identity.bundlePath).toLower();
     if (fileName != identity.name.toLower())
         index.byName[fileName].append(at);
     index.byBundlePath.insert(identity.bundlePath, at);
@@ -255,9 +250,10 @@ std::optional<AppIdentity> identify(const QString &bundlePath)
     identity.bundlePath = bundlePath;
     const QVariantMap info = bundleInfo(bundlePath).value_or(QVariantMap());
     identity.bundleIdentifier = stringValue(info, QStringLiteral("CFBundleIdentifier"));
+    const QString fileName = FileSystem::fileNameWithoutExtension(bundlePath);
     identity.name = stringValue(info, QStringLiteral("CFBundleName"))
-                        .value_or(stringValue(info, QStringLiteral("CFBundleDisplayName")).value_or(fileStem(bundlePath)));
-    identity.executable = stringValue(info, QStringLiteral("CFBundleExecutable")).value_or(fileStem(bundlePath));
+                        .value_or(stringValue(info, QStringLiteral("CFBundleDisplayName")).value_or(fileName));
+    identity.executable = stringValue(info, QStringLiteral("CFBundleExecutable")).value_or(fileName);
     finish(identity);
     return identity;
 }
@@ -266,7 +262,7 @@ AppIdentity identify(const InstalledApp &app)
 {
     AppIdentity identity = knownIdentity(app);
     const QVariantMap info = bundleInfo(app.bundlePath()).value_or(QVariantMap());
-    identity.executable = stringValue(info, QStringLiteral("CFBundleExecutable")).value_or(fileStem(app.bundlePath()));
+    identity.executable = stringValue(info, QStringLiteral("CFBundleExecutable")).value_or(FileSystem::fileNameWithoutExtension(app.bundlePath()));
     return identity;
 }
 
@@ -434,7 +430,7 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
 
     // A folder named exactly as an app.
     if (scanned && (scanned->name.compare(stem, Qt::CaseInsensitive) == 0
-                    || fileStem(scanned->bundlePath).compare(stem, Qt::CaseInsensitive) == 0))
+                    || FileSystem::fileNameWithoutExtension(scanned->bundlePath).compare(stem, Qt::CaseInsensitive) == 0))
         return std::nullopt;
     const auto named = index.byName.constFind(lowerStem);
     if (named != index.byName.constEnd()) {

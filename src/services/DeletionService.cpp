@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "services/DeletionService.h"
 
+#include "platform/TextCompare.h"
 #include "platform/Trash.h"
-
-#include <QTextBoundaryFinder>
 
 #include <algorithm>
 
 namespace DeletionService {
 
 namespace {
-
-// Path lengths are compared as the user sees characters (grapheme clusters), not UTF-16 units.
-qsizetype characterCount(const QString &text)
-{
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype count = 0;
-    while (finder.toNextBoundary() > 0)
-        ++count;
-    return count;
-}
 
 // GIO resolves a relative path against the working folder and folds "..", so such an id could name
 // something other than what the user saw; only plain absolute paths are handed over.
@@ -40,7 +29,7 @@ QList<LeftoverItem> processingOrder(const QList<LeftoverItem> &items)
     QList<std::pair<qsizetype, LeftoverItem>> keyed;
     keyed.reserve(items.size());
     for (const LeftoverItem &item : items)
-        keyed.append({characterCount(item.path()), item});
+        keyed.append({TextCompare::characterCount(item.path()), item});
     std::stable_sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
     QList<LeftoverItem> ordered;
     ordered.reserve(keyed.size());
@@ -83,7 +72,7 @@ RestoreReport putBack(const QList<TrashedItem> &items)
     // Shortest path first, the reverse of the Trash run, so a folder is back before what it held.
     QList<std::pair<qsizetype, TrashedItem>> keyed;
     for (const TrashedItem &entry : items)
-        keyed.append({characterCount(entry.item.path()), entry});
+        keyed.append({TextCompare::characterCount(entry.item.path()), entry});
     std::stable_sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
 
     RestoreReport report;

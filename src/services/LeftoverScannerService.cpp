@@ -10,7 +10,6 @@
 #include "services/FileSizeCalculator.h"
 
 #include <QSet>
-#include <QTextBoundaryFinder>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -33,27 +32,12 @@ struct SearchContext {
 
 using Append = std::function<void(const QString &path, Category category, FoundBy foundBy, const QString &matched)>;
 
-// Characters as a reader counts them, so that a decomposed "é" is one.
-qsizetype characterCount(const QString &text)
-{
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype count = 0;
-    while (finder.toNextBoundary() != -1)
-        ++count;
-    return count;
-}
-
-QString bundleFileName(const InstalledApp &app)
-{
-    return FileSystem::lastPathComponent(FileSystem::deletingPathExtension(app.bundlePath()));
-}
-
 QStringList searchTerms(const InstalledApp &app, const QString &bundleID)
 {
     QSet<QString> terms;
     terms.insert(bundleID.toLower());
     terms.insert(app.name.toLower());
-    terms.insert(bundleFileName(app).toLower());
+    terms.insert(FileSystem::fileNameWithoutExtension(app.bundlePath()).toLower());
     const QStringList pieces = bundleID.split(QLatin1Char('.'), Qt::SkipEmptyParts);
     if (!pieces.isEmpty())
         terms.insert(pieces.constLast().toLower());
@@ -61,7 +45,7 @@ QStringList searchTerms(const InstalledApp &app, const QString &bundleID)
         terms.insert((pieces.at(pieces.size() - 2) + QLatin1Char('.') + pieces.constLast()).toLower());
     QStringList kept;
     for (const QString &term : std::as_const(terms)) {
-        if (characterCount(term) > 2)
+        if (TextCompare::characterCount(term) > 2)
             kept.append(term);
     }
     return kept;
@@ -114,7 +98,7 @@ void scanKnownLocations(const SearchContext &context, const Append &append)
 {
     const QString &id = context.bundleID;
     const QString &name = context.appName;
-    const QString file = context.embedded ? QString() : bundleFileName(context.app);
+    const QString file = context.embedded ? QString() : FileSystem::fileNameWithoutExtension(context.app.bundlePath());
     const FoundBy foundBy = context.embedded ? FoundBy::embeddedIdentifier : FoundBy::knownLocation;
     const QLatin1StringView none("");
     const QLatin1StringView plist(".plist");
@@ -310,7 +294,7 @@ struct Collector {
 
 void appendNameBasedMatches(const InstalledApp &app, Collector &collector)
 {
-    const QStringList terms = {app.name.toLower(), bundleFileName(app).toLower()};
+    const QStringList terms = {app.name.toLower(), FileSystem::fileNameWithoutExtension(app.bundlePath()).toLower()};
     for (const char *folder : {"/Library/Application Support", "/Library/Caches", "/Library/Logs"}) {
         const auto entries = FileSystem::contentsOfDirectory(homeFolder(folder));
         if (!entries)

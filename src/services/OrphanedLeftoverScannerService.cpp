@@ -252,7 +252,7 @@ InstalledAppIndex buildIndex(const QList<InstalledApp> &apps)
         if (app.bundleIdentifier)
             index.bundleIDs.insert(app.bundleIdentifier->toLower());
         index.names.insert(app.name.toLower());
-        const QString fileName = FileSystem::lastPathComponent(FileSystem::deletingPathExtension(app.bundlePath())).toLower();
+        const QString fileName = FileSystem::fileNameWithoutExtension(app.bundlePath()).toLower();
         index.names.insert(fileName);
         index.bundleFileNames.insert(fileName);
     }
@@ -372,7 +372,7 @@ void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &iden
                 const QString bundle = program.left(end + 4);
                 if (FileSystem::exists(FileSystemLayout::systemPath(bundle)) || AppIdentityIndex::bundleOwner(identities, bundle))
                     continue;
-                const QString name = FileSystem::lastPathComponent(FileSystem::deletingPathExtension(bundle));
+                const QString name = FileSystem::fileNameWithoutExtension(bundle);
                 if (name.isEmpty() || identities.byName.contains(name.toLower()))
                     continue;
                 const Metadata metadata = context.resolveMetadata(std::nullopt, name);
@@ -427,7 +427,7 @@ bool isOrphaned(const MutableGroup &group, const InstalledAppIndex &index)
     if (group.displayName && index.names.contains(group.displayName->toLower()))
         return false;
     for (const LeftoverItem &item : group.items) {
-        const QString stem = FileSystem::lastPathComponent(FileSystem::deletingPathExtension(item.path())).toLower();
+        const QString stem = FileSystem::fileNameWithoutExtension(item.path()).toLower();
         if (index.bundleFileNames.contains(stem) || index.names.contains(stem))
             return false;
     }

@@ -33,11 +33,6 @@ std::optional<InstalledApp> readBundle(const QString &path)
     return InstalledApp::from(path);
 }
 
-QString countText(qsizetype count)
-{
-    return QString::number(count);
-}
-
 QString pluralSuffix(qsizetype count)
 {
     return count == 1 ? QString() : QStringLiteral("es");
@@ -345,10 +340,7 @@ QList<LeftoverItem> AppViewModel::selectedItems() const
 
 qint64 AppViewModel::selectedTotalSize() const
 {
-    qint64 total = 0;
-    for (const LeftoverItem &item : selectedItems())
-        total += item.size;
-    return total;
+    return LeftoverItems::totalSize(selectedItems());
 }
 
 QString AppViewModel::formattedSelectedTotalSize() const
@@ -458,7 +450,7 @@ void AppViewModel::applyScan(const ScanResult &result)
     setSelectedItemIDs(defaultSelection(result.items));
     setIsScanning(false);
     setStatusMessage(QStringLiteral("Found %1 related items (%2).")
-                         .arg(countText(result.items.size()), result.formattedTotalSize()));
+                         .arg(QString::number(result.items.size()), result.formattedTotalSize()));
     refreshDerived();
     checkLibraryAccessOnce();
 }
@@ -507,9 +499,9 @@ void AppViewModel::applyRemovedAppScan(const QList<OrphanedAppGroup> &groups)
             return group.confidence == OrphanConfidence::uncertain;
         });
         const qsizetype shown = m_showUncertainMatches ? groups.size() : groups.size() - hidden;
-        QString message = QStringLiteral("Showing %1 removed app match%2.").arg(countText(shown), pluralSuffix(shown));
+        QString message = QStringLiteral("Showing %1 removed app match%2.").arg(QString::number(shown), pluralSuffix(shown));
         if (hidden > 0 && !m_showUncertainMatches)
-            message += QStringLiteral(" %1 uncertain match%2 hidden.").arg(countText(hidden), pluralSuffix(hidden));
+            message += QStringLiteral(" %1 uncertain match%2 hidden.").arg(QString::number(hidden), pluralSuffix(hidden));
         setStatusMessage(message);
     }
     refreshDerived();
@@ -566,7 +558,7 @@ void AppViewModel::selectOrphan(const OrphanedAppGroup &group)
     setSelectedOrphan(group);
     setSelectedItemIDs(idsOf(group.items));
     setStatusMessage(QStringLiteral("Found %1 leftover items (%2).")
-                         .arg(countText(group.items.size()), group.formattedTotalSize()));
+                         .arg(QString::number(group.items.size()), group.formattedTotalSize()));
     setLastDeletionReport(std::nullopt);
     refreshDerived();
 }
@@ -588,11 +580,6 @@ void AppViewModel::selectOrphanById(const QString &id)
 }
 
 // ---- Item selection and deletion ----
-
-void AppViewModel::toggleSelection(const LeftoverItem &item)
-{
-    toggleItemSelection(item.id);
-}
 
 void AppViewModel::toggleItemSelection(const QString &itemID)
 {
@@ -688,9 +675,9 @@ void AppViewModel::applyDeletion(const DeletionReport &report, const DeletionCon
     m_lastPutBackReport.reset();
     Q_EMIT lastPutBackReportChanged();
     setIsDeleting(false);
-    const QString moved = QStringLiteral("Moved %1 items to Trash.").arg(countText(report.deleted.size()));
+    const QString moved = QStringLiteral("Moved %1 items to Trash.").arg(QString::number(report.deleted.size()));
     if (!report.failed.isEmpty()) {
-        setStatusMessage(moved + QStringLiteral(" %1 could not be removed.").arg(countText(report.failed.size())));
+        setStatusMessage(moved + QStringLiteral(" %1 could not be removed.").arg(QString::number(report.failed.size())));
         if (!report.deleted.isEmpty())
             m_services.playDeletionComplete();
     } else {
@@ -733,7 +720,7 @@ void AppViewModel::applyRescanAfterDeletion(const QList<OrphanedAppGroup> &group
         setStatusMessage(QStringLiteral("All leftovers for that app were removed."));
     } else if (m_selectedOrphan) {
         setStatusMessage(QStringLiteral("Found %1 remaining items (%2).")
-                             .arg(countText(m_selectedOrphan->items.size()), m_selectedOrphan->formattedTotalSize()));
+                             .arg(QString::number(m_selectedOrphan->items.size()), m_selectedOrphan->formattedTotalSize()));
     }
     refreshDerived();
 }
@@ -744,7 +731,7 @@ void AppViewModel::putBackLastRemoval()
         return;
     m_isPuttingBack = true;
     Q_EMIT isPuttingBackChanged();
-    setStatusMessage(QStringLiteral("Putting back %1 items…").arg(countText(m_lastRemoval.size())));
+    setStatusMessage(QStringLiteral("Putting back %1 items…").arg(QString::number(m_lastRemoval.size())));
     const SidebarMode mode = m_sidebarMode;
     whenDone(m_services.putBack(m_lastRemoval), [this, mode](const RestoreReport &report) { applyPutBack(report, mode); });
 }
@@ -764,10 +751,10 @@ void AppViewModel::applyPutBack(const RestoreReport &report, SidebarMode mode)
     Q_EMIT isPuttingBackChanged();
     m_lastPutBackReport = report;
     Q_EMIT lastPutBackReportChanged();
-    const QString restored = QStringLiteral("Put back %1 items.").arg(countText(report.restored.size()));
+    const QString restored = QStringLiteral("Put back %1 items.").arg(QString::number(report.restored.size()));
     setStatusMessage(report.failed.isEmpty()
                          ? restored
-                         : restored + QStringLiteral(" %1 could not be put back.").arg(countText(report.failed.size())));
+                         : restored + QStringLiteral(" %1 could not be put back.").arg(QString::number(report.failed.size())));
 
     // The lists catch up without a scan's own status line, so the outcome above stays readable.
     if (mode == SidebarMode::Installed) {
@@ -840,7 +827,7 @@ void AppViewModel::applyDroppedAppScan(const ScanResult &result, const Installed
     setIsDropProcessing(false);
     if (!result.items.isEmpty()) {
         setStatusMessage(QStringLiteral("Ready to remove %1 items (%2) for %3.")
-                             .arg(countText(result.items.size()), result.formattedTotalSize(), app.name));
+                             .arg(QString::number(result.items.size()), result.formattedTotalSize(), app.name));
         setShowDeleteConfirmation(true);
     } else {
         setStatusMessage(QStringLiteral("No related files found for %1.").arg(app.name));

@@ -165,7 +165,6 @@ public:
     void selectOrphan(const OrphanedAppGroup &group);
     Q_INVOKABLE void refreshOrphanSelection();
 
-    void toggleSelection(const LeftoverItem &item);
     void setSelection(LeftoverCategory category, bool isSelected);
     Q_INVOKABLE void selectAll();
     Q_INVOKABLE void deselectAll();
