@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "AppIconProvider.h"
 
+#include "platform/FileSystem.h"
 #include "platform/PropertyList.h"
 
 #include <QAbstractFileIconProvider>
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QIcon>
@@ -19,11 +22,18 @@ namespace {
 
 constexpr int kDefaultSize = 256;
 
-QImage readImage(const QString &path, int size)
+// A bundle's icon is read like its property lists: regular files only, never blocking on a pipe that
+// carries the icon's name, and within a size no real icon reaches.
+constexpr qint64 kMaximumIconBytes = 64 * 1024 * 1024;
+
+QImage decodeImage(const QByteArray &bytes, int size)
 {
     // An .icns holds several sizes and the reader starts at the first, often the smallest: take the
     // smallest that covers the wanted size, else the largest.
-    QImageReader reader(path);
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
     int best = 0;
     int bestWidth = -1;
     for (int index = 0; index == 0 || reader.jumpToImage(index); ++index) {
@@ -36,12 +46,24 @@ QImage readImage(const QString &path, int size)
         if (reader.imageCount() <= 1)
             break;
     }
-    QImageReader chosen(path);
+    buffer.seek(0);
+    QImageReader chosen(&buffer);
     chosen.jumpToImage(best);
     const QImage image = chosen.read();
     if (image.isNull() || image.width() <= 0)
         return {};
     return image.width() > size ? image.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation) : image;
+}
+
+QImage readImage(const QString &path, int size)
+{
+    // The program's own picture lives in the resources, which only QFile reads.
+    if (path.startsWith(QLatin1Char(':'))) {
+        QFile resource(path);
+        return resource.open(QIODevice::ReadOnly) ? decodeImage(resource.readAll(), size) : QImage();
+    }
+    const std::optional<QByteArray> bytes = FileSystem::readFile(path, kMaximumIconBytes);
+    return bytes ? decodeImage(*bytes, size) : QImage();
 }
 
 QString iconFileOf(const QString &bundlePath)

@@ -6,9 +6,13 @@
 
 #include <QImage>
 #include <QMimeData>
+#include <QDir>
+#include <QFileInfo>
 #include <QPromise>
 #include <QQuickItem>
 #include <QQuickWindow>
+
+#include <sys/stat.h>
 #include <QQmlEngine>
 #include <QTemporaryDir>
 #include <QTest>
@@ -177,4 +181,17 @@ void QuickHarness::keyClick(QObject *window, int key)
 {
     if (auto *target = qobject_cast<QWindow *>(window))
         QTest::keyClick(target, Qt::Key(key));
+}
+
+QString QuickHarness::bundleWithPipedIcon() const
+{
+    const QString bundle = m_folder->path() + QStringLiteral("/Elsewhere/Piped.app");
+    TestSupport::writeFile(bundle + QStringLiteral("/Contents/Info.plist"),
+                           "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                           "<key>CFBundleIconFile</key><string>Piped</string></dict></plist>");
+    const QString icon = bundle + QStringLiteral("/Contents/Resources/Piped.icns");
+    QDir().mkpath(bundle + QStringLiteral("/Contents/Resources"));
+    if (!QFileInfo::exists(icon))
+        ::mkfifo(QFile::encodeName(icon).constData(), 0600);
+    return bundle;
 }

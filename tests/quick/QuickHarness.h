@@ -46,6 +46,8 @@ public:
     Q_INVOKABLE QVariant update(const QString &version, const QVariant &notes) const;
     Q_INVOKABLE QString applicationPath(const QString &bundleName) const;
     Q_INVOKABLE QUrl applicationUrl(const QString &bundleName) const;
+    // A bundle outside the sample whose icon file is a pipe nobody writes to, as a hostile bundle could ship.
+    Q_INVOKABLE QString bundleWithPipedIcon() const;
 
     // A drag from another program, delivered through the item's window as the platform delivers it:
     // enter and move over the item's centre, then a drop or a leave. The data may hold "urls" (a list),

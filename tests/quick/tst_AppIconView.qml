@@ -55,5 +55,10 @@ Item {
         function test_unreadableIconsFallBackToTheGenericApp(data) {
             verify(isGrey(tileColour(bundle(data.name))))
         }
+
+        // A pipe named as the icon would block a plain read for ever.
+        function test_aPipedIconIsPassedOver() {
+            verify(isGrey(tileColour("image://appicon/" + encodeURIComponent(harness.bundleWithPipedIcon()))))
+        }
     }
 }
