@@ -17,7 +17,7 @@ packages=(
     qml6-module-qtquick-dialogs qml6-module-qtmultimedia qml6-module-qttest qml6-module-qtqml qml6-module-qtquick-shapes
     libplist-dev libglib2.0-dev libgl-dev fontconfig fonts-material-design-icons-iconfont
     fonts-dejavu-core fonts-droid-fallback fonts-noto-color-emoji
-    util-linux
+    util-linux e2fsprogs  # mount and mkfs.ext4 for the full-disk Trash case
     qt6ct  # a dark desktop colour scheme for the Qt Quick tests and the screenshots
 )
 missing=()
