@@ -59,7 +59,7 @@ std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, 
         if (skipsHiddenFiles && name[0] == '.')
             continue;
         const QString decoded = NativePath::decode(name, qsizetype(strlen(name)));
-        entries.append({decoded, prefix + decoded});
+        entries.append({decoded, prefix + decoded, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
     }
     ::closedir(dir);
     return entries;

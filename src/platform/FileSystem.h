@@ -14,6 +14,9 @@ namespace FileSystem {
 struct DirectoryEntry {
     QString name;
     QString path;
+    // False when the listing itself said the entry is no symbolic link: it existed when listed, and a
+    // caller can spare the stat that would only find a dangling link.
+    bool mayBeLink = true;
 };
 
 // fileExists(atPath:): follows symbolic links, so a dangling link does not exist.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace OrphanRules {
 
@@ -205,17 +206,29 @@ QString displayNameFromKey(const QString &key)
 
 void sortGroups(QList<OrphanedAppGroup> &groups)
 {
-    std::stable_sort(groups.begin(), groups.end(), [](const OrphanedAppGroup &a, const OrphanedAppGroup &b) {
-        const int gradeA = OrphanConfidences::sortOrder(a.confidence);
-        const int gradeB = OrphanConfidences::sortOrder(b.confidence);
-        if (gradeA != gradeB)
-            return gradeA < gradeB;
-        const qint64 sizeA = a.totalSize();
-        const qint64 sizeB = b.totalSize();
-        if (sizeA != sizeB)
-            return sizeA > sizeB;
-        return TextCompare::localizedCaseInsensitiveLess(a.displayName, b.displayName);
+    // Each group's total once, not once per comparison: thousands of groups sum their items otherwise.
+    struct Keyed {
+        int grade;
+        qint64 size;
+        OrphanedAppGroup group;
+    };
+    std::vector<Keyed> keyed;
+    keyed.reserve(size_t(groups.size()));
+    for (OrphanedAppGroup &group : groups) {
+        const int grade = OrphanConfidences::sortOrder(group.confidence);
+        const qint64 size = group.totalSize();
+        keyed.push_back({grade, size, std::move(group)});
+    }
+    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed &a, const Keyed &b) {
+        if (a.grade != b.grade)
+            return a.grade < b.grade;
+        if (a.size != b.size)
+            return a.size > b.size;
+        return TextCompare::localizedCaseInsensitiveLess(a.group.displayName, b.group.displayName);
     });
+    groups.clear();
+    for (Keyed &entry : keyed)
+        groups.append(std::move(entry.group));
 }
 
 } // namespace OrphanRules
