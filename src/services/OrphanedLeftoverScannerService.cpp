@@ -34,6 +34,8 @@ struct InstalledAppIndex {
 struct PreferenceIndex {
     QHash<QString, QString> nameToBundleID;
     QSet<QString> bundleIDs;
+    // The listing's entry of each identifier's file.
+    QHash<QString, FileSystem::DirectoryEntry> files;
 };
 
 struct MutableGroup {
@@ -56,7 +58,7 @@ public:
         return m_groups.back().second;
     }
     [[nodiscard]] bool contains(const QString &key) const { return m_index.contains(key); }
-    [[nodiscard]] const std::vector<std::pair<QString, MutableGroup>> &entries() const { return m_groups; }
+    [[nodiscard]] std::vector<std::pair<QString, MutableGroup>> &entries() { return m_groups; }
 
 private:
     QHash<QString, size_t> m_index;
@@ -69,7 +71,8 @@ struct Metadata {
     std::optional<QString> displayName;
 };
 
-using Recorder = std::function<void(const QString &path, LeftoverCategory category, const QString &identity,
+// Takes the listing's entry, which tells whether the path can still be a dangling link.
+using Recorder = std::function<void(const FileSystem::DirectoryEntry &entry, LeftoverCategory category, const QString &identity,
                                     const std::optional<QString> &bundleID, const std::optional<QString> &displayName)>;
 
 // An identifier that an installed app carries (its own or an embedded bundle's), or extends with a dot.
@@ -119,6 +122,7 @@ public:
             if (!isLikelyBundleID(stem) || isSystemArtifact(stem, stem))
                 continue;
             preferences.bundleIDs.insert(stem);
+            preferences.files.insert(stem, entry);
             if (const auto name = displayNameFromPreferences(stem))
                 preferences.nameToBundleID.insert(name->toLower(), stem);
             if (const auto tail = nameFromIdentifierTail(stem))
@@ -274,7 +278,7 @@ void scanContainers(SearchContext &context, const Recorder &addItem)
 {
     forEachEntry(context, QStringLiteral("Containers"), [&](const FileSystem::DirectoryEntry &entry) {
         if (isLikelyBundleID(entry.name))
-            addItem(entry.path, LeftoverCategory::containers, entry.name, entry.name,
+            addItem(entry, LeftoverCategory::containers, entry.name, entry.name,
                     context.displayNameFromPreferences(entry.name));
     });
 }
@@ -286,7 +290,7 @@ void scanCaches(SearchContext &context, const Recorder &addItem)
         if (!bundleID)
             return;
         const Metadata metadata = context.resolveMetadata(bundleID, context.displayNameFromPreferences(*bundleID));
-        addItem(entry.path, LeftoverCategory::caches, metadata.identity, metadata.bundleID, metadata.displayName);
+        addItem(entry, LeftoverCategory::caches, metadata.identity, metadata.bundleID, metadata.displayName);
     });
 }
 
@@ -297,13 +301,13 @@ void scanApplicationSupport(SearchContext &context, const InstalledAppIndex &ind
         if (isExcludedFolderName(lower) || index.names.contains(lower))
             return;
         if (isLikelyBundleID(entry.name)) {
-            addItem(entry.path, LeftoverCategory::applicationSupport, entry.name, entry.name,
+            addItem(entry, LeftoverCategory::applicationSupport, entry.name, entry.name,
                     context.displayNameFromPreferences(entry.name));
             return;
         }
         const auto found = context.preferences.nameToBundleID.constFind(lower);
         if (found != context.preferences.nameToBundleID.constEnd())
-            addItem(entry.path, LeftoverCategory::applicationSupport, *found, *found, entry.name);
+            addItem(entry, LeftoverCategory::applicationSupport, *found, *found, entry.name);
     });
 }
 
@@ -315,12 +319,12 @@ void scanSavedState(SearchContext &context, const Recorder &addItem)
             return;
         const QString base = entry.name.chopped(suffix.size());
         if (isLikelyBundleID(base)) {
-            addItem(entry.path, LeftoverCategory::savedState, base, base, context.displayNameFromPreferences(base));
+            addItem(entry, LeftoverCategory::savedState, base, base, context.displayNameFromPreferences(base));
             return;
         }
         const auto found = context.preferences.nameToBundleID.constFind(base.toLower());
         if (found != context.preferences.nameToBundleID.constEnd())
-            addItem(entry.path, LeftoverCategory::savedState, *found, *found, base);
+            addItem(entry, LeftoverCategory::savedState, *found, *found, base);
     });
 }
 
@@ -330,7 +334,7 @@ void scanWebKitAndHTTP(SearchContext &context, const Recorder &addItem)
                                            std::pair(QStringLiteral("HTTPStorages"), LeftoverCategory::httpStorages)}) {
         forEachEntry(context, folder, [&, category = category](const FileSystem::DirectoryEntry &entry) {
             if (isLikelyBundleID(entry.name))
-                addItem(entry.path, category, entry.name, entry.name, context.displayNameFromPreferences(entry.name));
+                addItem(entry, category, entry.name, entry.name, context.displayNameFromPreferences(entry.name));
         });
     }
 }
@@ -341,7 +345,7 @@ void scanGroupContainers(SearchContext &context, const Recorder &addItem)
         const auto bundleID = extractBundleIDFromGroupContainer(entry.name);
         const auto displayName = bundleID ? context.displayNameFromPreferences(*bundleID) : std::nullopt;
         const Metadata metadata = context.resolveMetadata(bundleID, displayName);
-        addItem(entry.path, LeftoverCategory::groupContainers, metadata.identity, metadata.bundleID, metadata.displayName);
+        addItem(entry, LeftoverCategory::groupContainers, metadata.identity, metadata.bundleID, metadata.displayName);
     });
 }
 
@@ -376,7 +380,7 @@ void scanLaunchItems(SearchContext &context, const AppIdentityIndex::Index &iden
                 if (name.isEmpty() || identities.byName.contains(name.toLower()))
                     continue;
                 const Metadata metadata = context.resolveMetadata(std::nullopt, name);
-                addItem(entry.path, category, metadata.identity, metadata.bundleID, metadata.displayName);
+                addItem(entry, category, metadata.identity, metadata.bundleID, metadata.displayName);
                 programs.insert(entry.path, program);
                 break;
             }
@@ -395,7 +399,7 @@ void scanScriptsAndCookies(SearchContext &context, const GroupTable &groups, con
             if (category == LeftoverCategory::httpStorages && !entry.name.endsWith(QLatin1StringView(".binarycookies")))
                 return;
             if (groups.contains(stem))
-                addItem(entry.path, category, stem, stem, context.displayNameFromPreferences(stem));
+                addItem(entry, category, stem, stem, context.displayNameFromPreferences(stem));
         });
     }
 }
@@ -406,9 +410,9 @@ void scanPreferenceFiles(SearchContext &context, const GroupTable &groups, const
     for (const QString &bundleID : std::as_const(context.preferences.bundleIDs)) {
         if (!groups.contains(bundleID))
             continue;
-        const QString path = context.preferencePath(bundleID);
-        if (FileSystem::exists(path))
-            addItem(path, LeftoverCategory::preferences, bundleID, bundleID, context.displayNameFromPreferences(bundleID));
+        const auto file = context.preferences.files.constFind(bundleID);
+        if (file != context.preferences.files.constEnd())
+            addItem(*file, LeftoverCategory::preferences, bundleID, bundleID, context.displayNameFromPreferences(bundleID));
     }
 }
 
@@ -445,24 +449,30 @@ QList<LeftoverCategory> categoriesOf(const MutableGroup &group)
 
 } // namespace
 
-QList<OrphanedAppGroup> performScan(bool literalReading)
-{
-    const QList<InstalledApp> installed = AppDiscoveryService::discoverInstalledApps();
-    const InstalledAppIndex index = buildIndex(installed);
-    const AppIdentityIndex::Index identities = AppIdentityIndex::build(installed);
-    GroupTable groups;
-    QSet<QString> seenPaths;
-    SearchContext context(literalReading);
-    context.buildPreferenceIndex();
+namespace {
 
+// What the folder passes gather before any group is judged.
+struct Candidates {
+    GroupTable groups;
+    // Launch items recorded by their program path: the program is what matched.
+    QHash<QString, QString> launchPrograms;
+};
+
+Candidates collectCandidates(SearchContext &context, const InstalledAppIndex &index,
+                             const AppIdentityIndex::Index &identities)
+{
+    Candidates found;
+    GroupTable &groups = found.groups;
+    QSet<QString> seenPaths;
     QHash<QString, bool> installedIdentifiers;
-    const Recorder addItem = [&](const QString &path, LeftoverCategory category, const QString &identity,
+    const Recorder addItem = [&](const FileSystem::DirectoryEntry &entry, LeftoverCategory category, const QString &identity,
                                  const std::optional<QString> &bundleID, const std::optional<QString> &displayName) {
+        const QString &path = entry.path;
         if (seenPaths.contains(path))
             return;
         // Marked seen even when rejected below, so a path is judged once.
         seenPaths.insert(path);
-        if (!FileSystem::exists(path))
+        if (entry.mayBeLink && !FileSystem::exists(path))
             return;
         const QString name = FileSystem::lastPathComponent(path);
         if (isSystemArtifact(bundleID, displayName.value_or(name)))
@@ -494,13 +504,17 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
     scanSavedState(context, addItem);
     scanWebKitAndHTTP(context, addItem);
     scanGroupContainers(context, addItem);
-    QHash<QString, QString> launchPrograms;
-    scanLaunchItems(context, identities, addItem, launchPrograms);
+    scanLaunchItems(context, identities, addItem, found.launchPrograms);
     scanPreferenceFiles(context, groups, addItem);
     scanScriptsAndCookies(context, groups, addItem);
+    return found;
+}
 
+// Groups found by a name alone join the group of the identifier that name's preferences give.
+GroupTable mergeByIdentifier(GroupTable &groups, const SearchContext &context)
+{
     GroupTable merged;
-    for (const auto &[key, group] : groups.entries()) {
+    for (auto &[key, group] : groups.entries()) {
         std::optional<QString> named;
         if (group.displayName) {
             const auto found = context.preferences.nameToBundleID.constFind(group.displayName->toLower());
@@ -512,33 +526,55 @@ QList<OrphanedAppGroup> performScan(bool literalReading)
             target.displayName = group.displayName;
         if (!target.bundleIdentifier)
             target.bundleIdentifier = group.bundleIdentifier ? group.bundleIdentifier : named;
-        target.items.append(group.items);
+        target.items.append(std::move(group.items));
     }
+    return merged;
+}
 
+// The group as reported, or none when an installed app explains it or the evidence grades no confidence.
+std::optional<OrphanedAppGroup> judgeGroup(const QString &key, MutableGroup &group, const InstalledAppIndex &index,
+                                           SearchContext &context, const QHash<QString, QString> &launchPrograms)
+{
+    if (group.items.isEmpty() || !isOrphaned(group, index))
+        return std::nullopt;
+    if (looksLikeComponent(group.bundleIdentifier, group.displayName.value_or(key)))
+        return std::nullopt;
+    const QList<LeftoverCategory> categories = categoriesOf(group);
+    const auto confidence = evaluateConfidence(group.bundleIdentifier.has_value(), categories);
+    if (!confidence)
+        return std::nullopt;
+    std::optional<QString> displayName = group.displayName;
+    if (!displayName && group.bundleIdentifier)
+        displayName = context.displayNameFromPreferences(*group.bundleIdentifier);
+    QList<LeftoverItem> items = std::move(group.items);
+    for (LeftoverItem &item : items) {
+        item.size = FileSizeCalculator::quickItemSize(item.path());
+        if (const auto program = launchPrograms.constFind(item.path()); program != launchPrograms.constEnd())
+            item.matched = *program;
+    }
+    std::stable_sort(items.begin(), items.end(), [](const LeftoverItem &a, const LeftoverItem &b) {
+        return TextCompare::localizedCaseInsensitiveLess(a.path(), b.path());
+    });
+    return OrphanedAppGroup{key, displayName.value_or(displayNameFromKey(key)), group.bundleIdentifier,
+                            *confidence, evidenceSummary(*confidence, categories), items};
+}
+
+} // namespace
+
+QList<OrphanedAppGroup> performScan(bool literalReading)
+{
+    const QList<InstalledApp> installed = AppDiscoveryService::discoverInstalledApps();
+    const InstalledAppIndex index = buildIndex(installed);
+    const AppIdentityIndex::Index identities = AppIdentityIndex::build(installed);
+    SearchContext context(literalReading);
+    context.buildPreferenceIndex();
+
+    Candidates candidates = collectCandidates(context, index, identities);
+    GroupTable merged = mergeByIdentifier(candidates.groups, context);
     QList<OrphanedAppGroup> result;
-    for (const auto &[key, group] : merged.entries()) {
-        if (group.items.isEmpty() || !isOrphaned(group, index))
-            continue;
-        if (looksLikeComponent(group.bundleIdentifier, group.displayName.value_or(key)))
-            continue;
-        const QList<LeftoverCategory> categories = categoriesOf(group);
-        const auto confidence = evaluateConfidence(group.bundleIdentifier.has_value(), categories);
-        if (!confidence)
-            continue;
-        std::optional<QString> displayName = group.displayName;
-        if (!displayName && group.bundleIdentifier)
-            displayName = context.displayNameFromPreferences(*group.bundleIdentifier);
-        QList<LeftoverItem> items = group.items;
-        for (LeftoverItem &item : items) {
-            item.size = FileSizeCalculator::quickItemSize(item.path());
-            if (const auto program = launchPrograms.constFind(item.path()); program != launchPrograms.constEnd())
-                item.matched = *program;
-        }
-        std::stable_sort(items.begin(), items.end(), [](const LeftoverItem &a, const LeftoverItem &b) {
-            return TextCompare::localizedCaseInsensitiveLess(a.path(), b.path());
-        });
-        result.append(OrphanedAppGroup{key, displayName.value_or(displayNameFromKey(key)), group.bundleIdentifier,
-                                       *confidence, evidenceSummary(*confidence, categories), items});
+    for (auto &[key, group] : merged.entries()) {
+        if (auto judged = judgeGroup(key, group, index, context, candidates.launchPrograms))
+            result.append(std::move(*judged));
     }
     sortGroups(result);
     return result;
