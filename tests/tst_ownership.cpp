@@ -213,6 +213,16 @@ private Q_SLOTS:
                                                                   "LaunchServices/io.harbor.vmnetd is inside Harbor Desktop.app";
         QTest::newRow("associated bundle") << "Beacon Desktop" << "Library/LaunchAgents/io.harbor.tray.plist" << "Belongs to Harbor Desktop"
                                            << "it names io.harbor.desktop as its app";
+        QTest::newRow("bundle by the identifier it carries") << "Beacon Desktop" << lib + "Input Methods/Harbor Desktop Keys.app"
+                                                             << "Belongs to Harbor Desktop"
+                                                             << "its bundle identifier io.harbor.desktop.keys extends io.harbor.desktop";
+        QTest::newRow("own bundle by the identifier it carries") << "Harbor Desktop" << lib + "Input Methods/Harbor Desktop Keys.app" << "" << "";
+        QTest::newRow("program in a folder named by an identifier") << "Beacon Desktop" << "Library/LaunchAgents/io.harbor.updater.plist"
+                                                                    << "Belongs to Harbor Desktop"
+                                                                    << "its program /Library/Application Support/io.harbor.desktop/updater "
+                                                                       "is named by io.harbor.desktop";
+        QTest::newRow("own program in a folder named by its identifier") << "Harbor Desktop" << "Library/LaunchAgents/io.harbor.updater.plist"
+                                                                         << "" << "";
         QTest::newRow("generic word, other app's name") << "Harbor Desktop" << lib + "Application Support/Beacon Desktop"
                                                         << "Belongs to Beacon Desktop" << "named as the app";
         QTest::newRow("recent documents of every app") << "Home Tool" << lib + "Application Support/com.apple.sharedfilelist"

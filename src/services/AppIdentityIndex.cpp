@@ -218,6 +218,32 @@ QStringList identifierPrefixes(const QString &lowerStem)
     return prefixes;
 }
 
+// The longest of a candidate's dotted prefixes that an installed app carries decides whose it is.
+struct IdentifierMatch {
+    bool own = false;                // the scanned app's
+    const AppIdentity *app = nullptr; // another app's, by identifier
+    QString identifier;              // as that app spells it
+};
+
+IdentifierMatch matchIdentifier(const Index &index, const QString &candidate, const QSet<QString> &own, const AppIdentity *scanned)
+{
+    for (const QString &prefix : identifierPrefixes(candidate.toLower())) {
+        if (own.contains(prefix))
+            return {true, nullptr, {}};
+        const auto found = index.byIdentifier.constFind(prefix);
+        if (found == index.byIdentifier.constEnd())
+            continue;
+        if (const auto at = other(*found, index, scanned)) {
+            const AppIdentity &app = index.apps.at(*at);
+            const QStringList identifiers = app.identifiers();
+            const auto spelled = std::find_if(identifiers.cbegin(), identifiers.cend(),
+                                              [&](const QString &identifier) { return identifier.compare(prefix, Qt::CaseInsensitive) == 0; });
+            return {false, &app, spelled != identifiers.cend() ? *spelled : prefix};
+        }
+    }
+    return {};
+}
+
 // What discovery already read, and the embedded bundles; the executable is left out: only the
 // scanned app's is ever asked for, and reading it would parse every information list a second time.
 AppIdentity knownIdentity(const InstalledApp &app)
@@ -377,6 +403,12 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
     if (const AppIdentity *app = otherBundle(path))
         return ownerFor(*app, QStringLiteral("inside %1").arg(FileSystem::lastPathComponent(app->bundlePath)));
 
+    QSet<QString> own;
+    if (scanned) {
+        for (const QString &identifier : scanned->identifiers())
+            own.insert(identifier.toLower());
+    }
+
     if (isLaunchItem(path)) {
         const QVariantMap launchItem = PropertyList::readDictionary(path).value_or(QVariantMap());
         QStringList programs = launchPrograms(launchItem);
@@ -387,6 +419,20 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
                 return std::nullopt;
             if (const AppIdentity *app = otherBundle(program))
                 claimOnce(*app, QStringLiteral("its program %1 is inside %2").arg(program, FileSystem::lastPathComponent(app->bundlePath)));
+        }
+        // Helpers kept outside the bundle live in folders or files named by their app's identifier:
+        // /Library/Application Support/com.vendor.app/updater, /Library/PrivilegedHelperTools/com.vendor.helper.
+        for (const QString &program : std::as_const(programs)) {
+            const QStringList components = program.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+            for (const QString &component : components) {
+                if (!component.contains(QLatin1Char('.')))
+                    continue;
+                const IdentifierMatch match = matchIdentifier(index, component, own, scanned);
+                if (match.own)
+                    return std::nullopt;
+                if (match.app)
+                    claimOnce(*match.app, QStringLiteral("its program %1 is named by %2").arg(program, match.identifier));
+            }
         }
         for (const QString &identifier : associatedIdentifiers(launchItem)) {
             if (scanned && hasIdentifier(*scanned, identifier))
@@ -404,27 +450,26 @@ std::optional<ItemOwner> claimant(const Index &index, const QString &path, const
     const QString name = FileSystem::lastPathComponent(path);
     const QString stem = identifierStem(name);
     const QString lowerStem = stem.toLower();
-    QSet<QString> own;
-    if (scanned) {
-        for (const QString &identifier : scanned->identifiers())
-            own.insert(identifier.toLower());
+    const IdentifierMatch byStem = matchIdentifier(index, stem, own, scanned);
+    if (byStem.own)
+        return std::nullopt;
+    if (const AppIdentity *app = byStem.app) {
+        const bool main = app->bundleIdentifier && app->bundleIdentifier->compare(byStem.identifier, Qt::CaseInsensitive) == 0;
+        claimOnce(*app, main ? QStringLiteral("named by its identifier %1").arg(byStem.identifier)
+                             : QStringLiteral("named by %1, an identifier inside %2").arg(byStem.identifier, FileSystem::lastPathComponent(app->bundlePath)));
     }
-    for (const QString &prefix : identifierPrefixes(lowerStem)) {
-        if (own.contains(prefix))
+
+    // A bundle left outside any app (an input method, a plug-in, a screen saver) says whose it is in
+    // its own information list, whatever its file name says.
+    if (FileSystem::isPackageExtension(FileSystem::pathExtension(name))) {
+        const auto identifier = stringValue(bundleInfo(path).value_or(QVariantMap()), QStringLiteral("CFBundleIdentifier"));
+        const IdentifierMatch carried = identifier ? matchIdentifier(index, *identifier, own, scanned) : IdentifierMatch();
+        if (carried.own)
             return std::nullopt;
-        const auto found = index.byIdentifier.constFind(prefix);
-        if (found == index.byIdentifier.constEnd())
-            continue;
-        if (const auto at = other(*found, index, scanned)) {
-            const AppIdentity &app = index.apps.at(*at);
-            const QStringList identifiers = app.identifiers();
-            const auto spelled = std::find_if(identifiers.cbegin(), identifiers.cend(),
-                                              [&](const QString &identifier) { return identifier.compare(prefix, Qt::CaseInsensitive) == 0; });
-            const QString identifier = spelled != identifiers.cend() ? *spelled : prefix;
-            const bool main = app.bundleIdentifier && app.bundleIdentifier->compare(prefix, Qt::CaseInsensitive) == 0;
-            claimOnce(app, main ? QStringLiteral("named by its identifier %1").arg(identifier)
-                                : QStringLiteral("named by %1, an identifier inside %2").arg(identifier, FileSystem::lastPathComponent(app.bundlePath)));
-            break;
+        if (carried.app) {
+            claimOnce(*carried.app, carried.identifier.compare(*identifier, Qt::CaseInsensitive) == 0
+                                        ? QStringLiteral("its bundle identifier is %1").arg(*identifier)
+                                        : QStringLiteral("its bundle identifier %1 extends %2").arg(*identifier, carried.identifier));
         }
     }
 

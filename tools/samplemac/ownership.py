@@ -88,6 +88,15 @@ def _harbor(ctx, owned):
                 _launch("io.harbor.backupd", program=f"/Applications/{name}.app/Contents/Library/LaunchServices/io.harbor.vmnetd"))
     owned.plist(name, system("/Library/LaunchAgents/io.harbor.tray.plist"),
                 _launch("io.harbor.tray", BundleProgram="Contents/MacOS/Harbor Desktop", AssociatedBundleIdentifiers=[ident]))
+    # Kept outside the bundle: an input method that says whose it is only in its information list, and
+    # an updater in a folder named by the identifier, started by a launch agent of another label.
+    keys = home(f"Library/Input Methods/{name} Keys.app")
+    ctx.plist(keys / "Contents" / "Info.plist", info(f"{name} Keys", f"{ident}.keys"))
+    owned.file(name, keys / "Contents" / "MacOS" / f"{name} Keys", ctx.noise(600))
+    owned._record(keys, name)
+    ctx.write(system(f"/Library/Application Support/{ident}/updater"), ctx.noise(800))
+    owned.plist(name, system("/Library/LaunchAgents/io.harbor.updater.plist"),
+                _launch("io.harbor.updater", program=f"/Library/Application Support/{ident}/updater"))
     owned.folder(name, home(f"Library/Application Support/{name}"))
     owned.folder(name, home(f"Library/Group Containers/group.{ident}"))
     owned.folder(name, home(f"Library/Group Containers/HB7K2L9QX4.{ident}"))
