@@ -342,6 +342,36 @@ private Q_SLOTS:
         QVERIFY(changedRows(sections, int(CategorySectionListModel::Role::selectedCount)).contains(1));
     }
 
+    // The delete button and the confirmation count what is ticked in the result on screen, nothing else.
+    // "Items" stays plural for one item: that is the window's wording.
+    void sentencesAboutTheTickedItems_data()
+    {
+        QTest::addColumn<QList<int>>("ticked"); // indices into the result; -1 is an id from elsewhere
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("confirmation");
+        QTest::newRow("only a stale tick") << QList<int>{-1} << QStringLiteral("Move 0 Items to Trash")
+                                           << QStringLiteral("Review the scan results before moving items to the Trash.");
+        QTest::newRow("one") << QList<int>{2} << QStringLiteral("Move 1 Items to Trash")
+                             << QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes.");
+        QTest::newRow("three and a stale tick") << QList<int>{0, -1, 1, 2} << QStringLiteral("Move 3 Items to Trash")
+                                                << QStringLiteral("This will move 3 items (2 KB) to the Trash. You'll hear a sound when cleanup finishes.");
+    }
+
+    void sentencesAboutTheTickedItems()
+    {
+        QFETCH(QList<int>, ticked);
+        QFETCH(QString, button);
+        QFETCH(QString, confirmation);
+        const InstalledApp alpha = app(QStringLiteral("Alpha"));
+        const ScanResult result = resultOf(alpha, 2);
+        loadAndScan({alpha}, result);
+        model().deselectAll();
+        for (const int index : ticked)
+            model().toggleItemSelection(index < 0 ? QStringLiteral("/elsewhere") : result.items.at(index).id);
+        QCOMPARE(model().moveToTrashText(), button);
+        QCOMPARE(model().trashConfirmationText(), confirmation);
+    }
+
     // The sidebar search matches names and bundle identifiers, ignoring letter case, in both modes.
     void searchMatchesNamesAndIdentifiers_data()
     {
@@ -373,6 +403,7 @@ private Q_SLOTS:
         };
         QCOMPARE(names(model().filteredAppsModel(), int(InstalledAppListModel::Role::name)), apps);
         QCOMPARE(names(model().filteredOrphansModel(), int(OrphanGroupListModel::Role::displayName)), groups);
+        QCOMPARE(model().shownAppsText(), QStringLiteral("%1 shown").arg(apps.size()));
     }
 
     // What another app or macOS owns is listed unticked, with its owner; the user may still tick it.

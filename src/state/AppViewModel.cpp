@@ -348,6 +348,30 @@ QString AppViewModel::formattedSelectedTotalSize() const
     return ByteCountFormatter::string(selectedTotalSize());
 }
 
+QString AppViewModel::moveToTrashText() const
+{
+    return QStringLiteral("Move %1 Items to Trash").arg(QString::number(selectedItems().size()));
+}
+
+QString AppViewModel::trashConfirmationText() const
+{
+    const QList<LeftoverItem> items = selectedItems();
+    if (items.isEmpty())
+        return QStringLiteral("Review the scan results before moving items to the Trash.");
+    return QStringLiteral("This will move %1 items (%2) to the Trash. You'll hear a sound when cleanup finishes.")
+        .arg(QString::number(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)));
+}
+
+QString AppViewModel::shownAppsText() const
+{
+    return QStringLiteral("%1 shown").arg(m_filteredAppsModel.rowCount());
+}
+
+QString AppViewModel::shownOrphansText() const
+{
+    return QStringLiteral("%1 shown").arg(m_filteredOrphansModel.rowCount());
+}
+
 QStringList AppViewModel::selectedItemIDList() const
 {
     QStringList ids(m_selectedItemIDs.cbegin(), m_selectedItemIDs.cend());
@@ -366,6 +390,7 @@ void AppViewModel::refreshDerived()
         m_filteredAppsModel.setRecords(filteredApps());
         m_filteredOrphansModel.setRecords(filteredOrphans());
         m_sidebarInputs = {m_apps, m_orphanedGroups, m_showUncertainMatches, m_searchText, true};
+        Q_EMIT sidebarListsChanged();
     }
 
     const std::optional<ScanResult> active = activeScanResult();

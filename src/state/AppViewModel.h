@@ -95,6 +95,12 @@ class AppViewModel : public QObject {
     Q_PROPERTY(qint64 selectedTotalSize READ selectedTotalSize NOTIFY selectedItemsChanged)
     Q_PROPERTY(QString formattedSelectedTotalSize READ formattedSelectedTotalSize NOTIFY selectedItemsChanged)
 
+    // The window's sentences about those lists.
+    Q_PROPERTY(QString moveToTrashText READ moveToTrashText NOTIFY selectedItemsChanged)
+    Q_PROPERTY(QString trashConfirmationText READ trashConfirmationText NOTIFY selectedItemsChanged)
+    Q_PROPERTY(QString shownAppsText READ shownAppsText NOTIFY sidebarListsChanged)
+    Q_PROPERTY(QString shownOrphansText READ shownOrphansText NOTIFY sidebarListsChanged)
+
 public:
     explicit AppViewModel(QObject *parent = nullptr);
     // Functions left empty in services fall back to the real ones.
@@ -136,6 +142,10 @@ public:
     [[nodiscard]] QList<LeftoverItem> selectedItems() const;
     [[nodiscard]] qint64 selectedTotalSize() const;
     [[nodiscard]] QString formattedSelectedTotalSize() const;
+    [[nodiscard]] QString moveToTrashText() const;
+    [[nodiscard]] QString trashConfirmationText() const;
+    [[nodiscard]] QString shownAppsText() const;
+    [[nodiscard]] QString shownOrphansText() const;
 
     // QML reads of the fields above.
     [[nodiscard]] InstalledAppListModel *appsModel() { return &m_appsModel; }
@@ -212,6 +222,7 @@ Q_SIGNALS:
     void lastPutBackReportChanged();
     void activeScanResultChanged();
     void selectedItemsChanged();
+    void sidebarListsChanged();
 
 private:
     // Assignments: each one notifies, also for an equal value, as views expect one signal per write.

@@ -65,6 +65,7 @@ UpdateValue::UpdateValue(const std::optional<AppUpdateInfo> &update)
         return;
     valid = true;
     version = update->version;
+    title = QStringLiteral("Update available: v%1").arg(update->version);
     downloadURL = update->downloadURL;
     releaseNotes = update->releaseNotes.value_or(QString());
     hasReleaseNotes = update->releaseNotes.has_value();

@@ -105,6 +105,8 @@ class UpdateValue {
     QML_VALUE_TYPE(updateValue)
     Q_PROPERTY(bool valid MEMBER valid CONSTANT)
     Q_PROPERTY(QString version MEMBER version CONSTANT)
+    // "Update available: v2.0.1".
+    Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QUrl downloadURL MEMBER downloadURL CONSTANT)
     Q_PROPERTY(QString releaseNotes MEMBER releaseNotes CONSTANT)
     // Empty notes still take the banner's notes line; only absent ones fall back to the fixed sentence.
@@ -115,6 +117,7 @@ public:
 
     bool valid = false;
     QString version;
+    QString title;
     QUrl downloadURL;
     QString releaseNotes;
     bool hasReleaseNotes = false;

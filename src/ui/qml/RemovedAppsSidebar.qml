@@ -10,7 +10,7 @@ ColumnLayout {
     SidebarToolbar {
         Layout.fillWidth: true
         title: "Removed Apps"
-        count: sidebar.viewModel.filteredOrphans.count
+        countText: sidebar.viewModel.shownOrphansText
         refreshHelp: "Rescan Library for leftovers"
         onRefresh: sidebar.viewModel.scanForRemovedApps()
     }
