@@ -277,16 +277,13 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), groups.at(1).items);
         QVERIFY(!model().statusMessage());
 
-        // Showing uncertain groups brings them back in place; hiding them moves a hidden selection on.
+        // Showing uncertain groups brings them back in place; hiding them moves a hidden selection on,
+        // in the one write the switch makes.
         model().setShowUncertainMatches(true);
         QCOMPARE(model().filteredOrphans(), groups);
         model().selectOrphan(groups.at(0));
         QCOMPARE(status(), QStringLiteral("Found 2 leftover items (2 KB)."));
-        model().deselectAll();
-        model().refreshOrphanSelection();
-        QCOMPARE(model().selectedItems(), groups.at(0).items);
         model().setShowUncertainMatches(false);
-        model().refreshOrphanSelection();
         QCOMPARE(model().selectedOrphan(), groups.at(1));
         QCOMPARE(model().selectedItems(), groups.at(1).items);
     }

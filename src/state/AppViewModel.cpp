@@ -250,6 +250,8 @@ void AppViewModel::setShowUncertainMatches(bool show)
 {
     m_showUncertainMatches = show;
     Q_EMIT showUncertainMatchesChanged();
+    if (m_sidebarMode == SidebarMode::Removed)
+        applyOrphanSelection(visibleOrphans());
     refreshDerived();
 }
 
@@ -568,14 +570,6 @@ void AppViewModel::applyOrphanSelection(const QList<OrphanedAppGroup> &groups)
     }
     setSelectedOrphan(groups.isEmpty() ? std::nullopt : std::optional<OrphanedAppGroup>(groups.first()));
     setSelectedItemIDs(groups.isEmpty() ? QSet<QString>() : idsOf(groups.first().items));
-}
-
-void AppViewModel::refreshOrphanSelection()
-{
-    if (m_sidebarMode != SidebarMode::Removed)
-        return;
-    applyOrphanSelection(visibleOrphans());
-    refreshDerived();
 }
 
 void AppViewModel::selectOrphan(const OrphanedAppGroup &group)

@@ -70,6 +70,7 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool hasStatusMessage READ hasStatusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(bool showDeleteConfirmation READ showDeleteConfirmation WRITE setShowDeleteConfirmation
                    NOTIFY showDeleteConfirmationChanged)
+    // Writing it also moves the removed mode's selection off a group it hides.
     Q_PROPERTY(bool showUncertainMatches READ showUncertainMatches WRITE setShowUncertainMatches
                    NOTIFY showUncertainMatchesChanged)
     Q_PROPERTY(bool isDropProcessing READ isDropProcessing NOTIFY isDropProcessingChanged)
@@ -173,7 +174,6 @@ public:
     Q_INVOKABLE void switchSidebarMode(SidebarModes::Mode mode);
     Q_INVOKABLE void scanForRemovedApps();
     void selectOrphan(const OrphanedAppGroup &group);
-    Q_INVOKABLE void refreshOrphanSelection();
 
     void setSelection(LeftoverCategory category, bool isSelected);
     Q_INVOKABLE void selectAll();

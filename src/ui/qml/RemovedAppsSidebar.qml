@@ -51,10 +51,7 @@ ColumnLayout {
                     verticalAlignment: Text.AlignVCenter
                 }
                 checked: sidebar.viewModel.showUncertainMatches
-                onToggled: {
-                    sidebar.viewModel.showUncertainMatches = checked
-                    sidebar.viewModel.refreshOrphanSelection()
-                }
+                onToggled: sidebar.viewModel.showUncertainMatches = checked
             }
             Text {
                 Layout.fillWidth: true
