@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "state/AppViewModel.h"
 
+#include "models/RecordFields.h"
 #include "platform/ByteCountFormatter.h"
 #include "platform/FileSystem.h"
 #include "platform/MacPlatform.h"
@@ -374,6 +375,16 @@ QString AppViewModel::shownOrphansText() const
     return QStringLiteral("%1 shown").arg(m_filteredOrphansModel.rowCount());
 }
 
+QVariantMap AppViewModel::selectedAppValue() const
+{
+    return RecordFields::windowMap(m_selectedApp);
+}
+
+QVariantMap AppViewModel::selectedOrphanValue() const
+{
+    return RecordFields::windowMap(m_selectedOrphan);
+}
+
 QStringList AppViewModel::selectedItemIDList() const
 {
     QStringList ids(m_selectedItemIDs.cbegin(), m_selectedItemIDs.cend());
@@ -396,26 +407,7 @@ void AppViewModel::refreshDerived()
     }
 
     const std::optional<ScanResult> active = activeScanResult();
-    QList<LeftoverItem> displayOrder;
-    QList<CategorySectionListModel::Section> sections;
-    if (active) {
-        displayOrder.reserve(active->items.size());
-        for (LeftoverCategory category : LeftoverCategories::allCases) {
-            CategorySectionListModel::Section section{category, 0, 0, 0};
-            for (const LeftoverItem &item : active->items) {
-                if (item.category != category)
-                    continue;
-                displayOrder.append(item);
-                ++section.itemCount;
-                section.selectedCount += m_selectedItemIDs.contains(item.id) ? 1 : 0;
-                section.size += item.size;
-            }
-            if (section.itemCount > 0)
-                sections.append(section);
-        }
-    }
-    m_activeItemsModel.setRecords(displayOrder, m_selectedItemIDs);
-    m_activeCategoriesModel.setSections(sections);
+    m_activeItemsModel.setRecords(active ? active->items : QList<LeftoverItem>(), m_selectedItemIDs);
     if (active != m_lastActiveScanResult) {
         m_lastActiveScanResult = active;
         Q_EMIT activeScanResultChanged();

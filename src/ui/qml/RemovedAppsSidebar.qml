@@ -103,14 +103,14 @@ ColumnLayout {
             id: row
             required property string id
             required property string displayName
-            required property int itemCount
-            required property string formattedSize
-            required property string confidence
+            required property string summary
+            required property string grade
+            required property string gradeTag
             rowId: id
             highlighted: sidebar.viewModel.selectedOrphan.id === id
             contentItem: OrphanedAppRowView {
-                displayName: row.displayName; itemCount: row.itemCount
-                formattedSize: row.formattedSize; confidence: row.confidence
+                displayName: row.displayName; summary: row.summary
+                grade: row.grade; gradeTag: row.gradeTag
             }
             onChosen: sidebar.viewModel.selectOrphanById(id)
         }
