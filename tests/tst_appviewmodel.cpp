@@ -46,7 +46,6 @@ struct Fakes {
     HeldTasks<std::optional<QString>> removabilityChecks;
     HeldTasks<bool> accessChecks;
     int sounds = 0;
-    int settingsOpened = 0;
 
     // The dropped-bundle reader stays real: the drop cases build bundles in a temporary folder.
     AppViewModelServices services()
@@ -64,7 +63,7 @@ struct Fakes {
         s.checkBundleRemovable = [this](const InstalledApp &) { return removabilityChecks.start(); };
         s.isLibraryAccessRefused = [this] { return accessChecks.start(); };
         s.canOpenFullDiskAccessSettings = [] { return true; };
-        s.openFullDiskAccessSettings = [this] { ++settingsOpened; };
+        s.openFullDiskAccessSettings = [] {};
         return s;
     }
 };
@@ -94,6 +93,16 @@ OrphanedAppGroup group(const QString &name, OrphanConfidence confidence, int ite
     for (int i = 0; i < itemCount; ++i)
         g.items.append(item(QStringLiteral("/Users/ann/Library/Caches/%1/%2").arg(name).arg(i)));
     return g;
+}
+
+// The column of one role, by the role's name, as a view reads it.
+QVariantList column(const QAbstractItemModel *list, const QByteArray &roleName)
+{
+    const int role = list->roleNames().key(roleName, -1);
+    QVariantList values;
+    for (int row = 0; row < list->rowCount(); ++row)
+        values.append(list->index(row, 0).data(role));
+    return values;
 }
 
 // The bundle itself, then the leftovers.
@@ -144,7 +153,7 @@ private Q_SLOTS:
         for (QAbstractItemModel *list : std::initializer_list<QAbstractItemModel *>{
                  m_model->appsModel(), m_model->orphanedGroupsModel(), m_model->visibleOrphansModel(),
                  m_model->filteredAppsModel(), m_model->filteredOrphansModel(), m_model->activeItemsModel(),
-                 m_model->activeCategoriesModel(), m_model->selectedItemsModel()})
+                 m_model->selectedItemsModel()})
             m_testers.append(std::make_shared<QAbstractItemModelTester>(list, QAbstractItemModelTester::FailureReportingMode::QtTest));
     }
 
@@ -176,33 +185,24 @@ private Q_SLOTS:
         QCOMPARE(model().selectedApp(), apps.at(0));
         QCOMPARE(model().selectedItemIDs().size(), 3);
 
+        // Overlapping scans apply in the order they end: the earlier one ends last and wins, whatever
+        // is selected now.
         model().scanSelectedApp();
-        fakes().scans.finish(1, ScanResult{});
+        model().selectApp(apps.at(1));
+        model().scanSelectedApp();
+        QCOMPARE(fakes().scannedApps, (QList<InstalledApp>{apps.at(0), apps.at(0), apps.at(1)}));
+        fakes().scans.finish(2, ScanResult{});
         QVERIFY(!model().isScanning() && model().scanResult() && model().selectedItemIDs().isEmpty());
         QCOMPARE(status(), QStringLiteral("Found 0 related items (Zero KB)."));
+        fakes().scans.finish(1, resultOf(apps.at(0), 3));
+        QCOMPARE(model().scanResult(), resultOf(apps.at(0), 3));
+        QCOMPARE(model().selectedApp(), apps.at(1));
+        QCOMPARE(status(), QStringLiteral("Found 4 related items (3 KB)."));
         model().loadApps();
         fakes().discovery.finish(2, {});
         QVERIFY(!model().selectedApp() && model().apps().isEmpty());
-    }
-
-    void overlappingScansApplyInTheOrderTheyEnd()
-    {
-        const InstalledApp alpha = app(QStringLiteral("Alpha"));
-        const InstalledApp beta = app(QStringLiteral("Beta"));
-        model().loadApps();
-        fakes().discovery.finish(0, {alpha, beta});
-        model().scanSelectedApp();
-        model().selectApp(beta);
-        model().scanSelectedApp();
-        QCOMPARE(fakes().scannedApps, (QList<InstalledApp>{alpha, beta}));
-        fakes().scans.finish(1, resultOf(beta, 1));
-        QVERIFY(!model().isScanning());
-        QCOMPARE(model().scanResult(), resultOf(beta, 1));
-        // The earlier scan ends last and wins, whatever is selected now.
-        fakes().scans.finish(0, resultOf(alpha, 3));
-        QCOMPARE(model().scanResult(), resultOf(alpha, 3));
-        QCOMPARE(model().selectedApp(), beta);
-        QCOMPARE(status(), QStringLiteral("Found 4 related items (3 KB)."));
+        // The window binds to the fields of no app too: each is there, empty, never undefined.
+        QCOMPARE(model().selectedAppValue().value(QStringLiteral("bundleIdentifier")).metaType(), QMetaType::fromType<QString>());
     }
 
     void tasksDoneBeforeTheCallReturnsStillShowTheirProgress()
@@ -252,10 +252,8 @@ private Q_SLOTS:
         for (int i = 0; i < grades.size(); ++i)
             groups.append(group(QStringLiteral("G%1").arg(i), grades.at(i), i + 1));
         model().switchSidebarMode(SidebarMode::Removed);
-        QCOMPARE(status(), QStringLiteral("Scanning Library for leftovers from removed apps…"));
         fakes().removedScans.finish(0, groups);
         QCOMPARE(status(), expected);
-        QCOMPARE(model().orphanedGroups(), groups);
         QCOMPARE(model().selectedOrphan(), selectedIndex < 0 ? std::nullopt : std::optional(groups.at(selectedIndex)));
         QCOMPARE(model().selectedItemIDs().size(), selectedIndex + 1); // every item of the selected group
     }
@@ -277,16 +275,13 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), groups.at(1).items);
         QVERIFY(!model().statusMessage());
 
-        // Showing uncertain groups brings them back in place; hiding them moves a hidden selection on.
+        // Showing uncertain groups brings them back in place; hiding them moves a hidden selection on,
+        // in the one write the switch makes.
         model().setShowUncertainMatches(true);
         QCOMPARE(model().filteredOrphans(), groups);
         model().selectOrphan(groups.at(0));
         QCOMPARE(status(), QStringLiteral("Found 2 leftover items (2 KB)."));
-        model().deselectAll();
-        model().refreshOrphanSelection();
-        QCOMPARE(model().selectedItems(), groups.at(0).items);
         model().setShowUncertainMatches(false);
-        model().refreshOrphanSelection();
         QCOMPARE(model().selectedOrphan(), groups.at(1));
         QCOMPARE(model().selectedItems(), groups.at(1).items);
     }
@@ -296,17 +291,34 @@ private Q_SLOTS:
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         ScanResult result = resultOf(alpha, 2);
         result.items.insert(1, item(QStringLiteral("/Users/ann/Library/Preferences/alpha.plist"), LeftoverCategory::preferences));
-        // Ticks without an active result stay as they are and count for nothing.
-        model().toggleItemSelection(result.items.at(0).id);
-        model().selectAll();
-        QCOMPARE(model().selectedItemIDs(), (QSet<QString>{result.items.at(0).id}));
-        QVERIFY(model().selectedItems().isEmpty());
-
         loadAndScan({alpha}, result);
         model().setCategorySelection(QStringLiteral("Caches"), false); // by title, as the section boxes call
         QCOMPARE(model().selectedItems(), result.items.mid(0, 2));
-        // Rows follow the category order, not the result's.
-        QCOMPARE(model().activeItemsModel()->index(3).data(int(LeftoverItemListModel::Role::id)).toString(), result.items.at(1).id);
+        // Rows follow the category order, not the result's; each category's first row carries its header.
+        const LeftoverItemListModel *rows = model().activeItemsModel();
+        QCOMPARE(column(rows, "id"), (QVariantList{result.items.at(0).id, result.items.at(2).id, result.items.at(3).id, result.items.at(1).id}));
+        QCOMPARE(column(rows, "opensSection"), (QVariantList{true, true, false, true}));
+        QCOMPARE(column(rows, "sectionSummary"), (QVariantList{"1 items • 100 bytes", "2 items • 2 KB", "2 items • 2 KB", "1 items • 1 KB"}));
+        QCOMPARE(column(rows, "sectionAllSelected"), (QVariantList{true, false, false, true}));
+
+        // A tick changes one row's box and its category's header, announced as such: the views redraw
+        // a row only on its own dataChanged.
+        QSignalSpy changes(rows, &QAbstractItemModel::dataChanged);
+        model().toggleItemSelection(result.items.at(3).id);
+        const auto changedRows = [&changes](LeftoverItemListModel::Role role) {
+            QSet<int> changed;
+            for (const QList<QVariant> &signal : std::as_const(changes)) {
+                const QList<int> roles = signal.at(2).value<QList<int>>();
+                for (int row = signal.at(0).toModelIndex().row(); roles.contains(int(role)) && row <= signal.at(1).toModelIndex().row(); ++row)
+                    changed.insert(row);
+            }
+            return changed;
+        };
+        QCOMPARE(changedRows(LeftoverItemListModel::Role::isSelected), QSet<int>{2});
+        QCOMPARE(changedRows(LeftoverItemListModel::Role::sectionAllSelected), QSet<int>());
+        model().toggleItemSelection(result.items.at(2).id);
+        QCOMPARE(changedRows(LeftoverItemListModel::Role::sectionAllSelected), (QSet<int>{1, 2}));
+        QCOMPARE(column(rows, "isSelected"), (QVariantList{true, true, true, true}));
         model().toggleItemSelection(result.items.at(0).id);
         model().setSelection(LeftoverCategory::caches, true);
         QCOMPARE(model().selectedItems(), result.items.mid(1));
@@ -316,30 +328,34 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), result.items);
     }
 
-    // A tick changes one row's isSelected and its section's counts, announced as such: the views
-    // redraw a row only on its own dataChanged.
-    void tickingAnnouncesTheChangedRows()
+    // The delete button and the confirmation count what is ticked in the result on screen, nothing else.
+    // "Items" stays plural for one item: that is the window's wording.
+    void sentencesAboutTheTickedItems_data()
     {
+        QTest::addColumn<QList<int>>("ticked"); // indices into the result; -1 is an id from elsewhere
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("confirmation");
+        QTest::newRow("only a stale tick") << QList<int>{-1} << QStringLiteral("Move 0 Items to Trash")
+                                           << QStringLiteral("Review the scan results before moving items to the Trash.");
+        QTest::newRow("one") << QList<int>{2} << QStringLiteral("Move 1 Items to Trash")
+                             << QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes.");
+        QTest::newRow("three and a stale tick") << QList<int>{0, -1, 1, 2} << QStringLiteral("Move 3 Items to Trash")
+                                                << QStringLiteral("This will move 3 items (2 KB) to the Trash. You'll hear a sound when cleanup finishes.");
+    }
+
+    void sentencesAboutTheTickedItems()
+    {
+        QFETCH(QList<int>, ticked);
+        QFETCH(QString, button);
+        QFETCH(QString, confirmation);
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         const ScanResult result = resultOf(alpha, 2);
         loadAndScan({alpha}, result);
-        QSignalSpy rows(model().activeItemsModel(), &QAbstractItemModel::dataChanged);
-        QSignalSpy sections(model().activeCategoriesModel(), &QAbstractItemModel::dataChanged);
-        model().toggleItemSelection(result.items.at(2).id);
-        const auto changedRows = [](const QSignalSpy &spy, int role) {
-            QSet<int> changed;
-            for (const QList<QVariant> &signal : spy) {
-                const QList<int> roles = signal.at(2).value<QList<int>>();
-                if (!roles.isEmpty() && !roles.contains(role))
-                    continue;
-                for (int row = signal.at(0).toModelIndex().row(); row <= signal.at(1).toModelIndex().row(); ++row)
-                    changed.insert(row);
-            }
-            return changed;
-        };
-        QVERIFY(changedRows(rows, int(LeftoverItemListModel::Role::isSelected)).contains(2));
-        QVERIFY(!model().activeItemsModel()->index(2).data(int(LeftoverItemListModel::Role::isSelected)).toBool());
-        QVERIFY(changedRows(sections, int(CategorySectionListModel::Role::selectedCount)).contains(1));
+        model().deselectAll();
+        for (const int index : ticked)
+            model().toggleItemSelection(index < 0 ? QStringLiteral("/elsewhere") : result.items.at(index).id);
+        QCOMPARE(model().moveToTrashText(), button);
+        QCOMPARE(model().trashConfirmationText(), confirmation);
     }
 
     // The sidebar search matches names and bundle identifiers, ignoring letter case, in both modes.
@@ -365,14 +381,9 @@ private Q_SLOTS:
         betaGone.bundleIdentifier = QStringLiteral("com.example.BetaGone");
         enterRemovedMode({alphaGone, betaGone});
         model().setSearchText(text);
-        const auto names = [](QAbstractItemModel *list, int role) {
-            QStringList shown;
-            for (int row = 0; row < list->rowCount(); ++row)
-                shown.append(list->index(row, 0).data(role).toString());
-            return shown;
-        };
-        QCOMPARE(names(model().filteredAppsModel(), int(InstalledAppListModel::Role::name)), apps);
-        QCOMPARE(names(model().filteredOrphansModel(), int(OrphanGroupListModel::Role::displayName)), groups);
+        QCOMPARE(QVariant(column(model().filteredAppsModel(), "name")).toStringList(), apps);
+        QCOMPARE(QVariant(column(model().filteredOrphansModel(), "displayName")).toStringList(), groups);
+        QCOMPARE(model().shownAppsText(), QStringLiteral("%1 shown").arg(apps.size()));
     }
 
     // What another app or macOS owns is listed unticked, with its owner; the user may still tick it.
@@ -385,17 +396,10 @@ private Q_SLOTS:
         result.items.last().claimedBy = ItemOwner{QStringLiteral("macOS"), std::nullopt, QStringLiteral("in Apple's com.apple. namespace")};
         loadAndScan({alpha}, result);
         QCOMPARE(model().selectedItems(), result.items.mid(0, 2));
-        QCOMPARE(status(), QStringLiteral("Found 4 related items (3 KB)."));
-        QStringList owners;
-        for (int row = 0; row < model().activeItemsModel()->rowCount(); ++row)
-            owners.append(model().activeItemsModel()->index(row).data(int(LeftoverItemListModel::Role::owner)).toString());
-        QCOMPARE(owners, (QStringList{QString(), QString(), QStringLiteral("Belongs to Beta"), QStringLiteral("Part of macOS")}));
-        const QString howFound = model().activeItemsModel()->index(2).data(int(LeftoverItemListModel::Role::howFound)).toString();
+        QCOMPARE(column(model().activeItemsModel(), "owner"), (QVariantList{"", "", "Belongs to Beta", "Part of macOS"}));
+        const QString howFound = column(model().activeItemsModel(), "howFound").at(2).toString();
         QVERIFY2(howFound.endsWith(QLatin1String("Belongs to Beta: named as the app")), qPrintable(howFound));
         model().setCategorySelection(QStringLiteral("Caches"), true);
-        QCOMPARE(model().selectedItems(), result.items);
-        model().deselectAll();
-        model().selectAll();
         QCOMPARE(model().selectedItems(), result.items);
     }
 
@@ -418,7 +422,6 @@ private Q_SLOTS:
         const ScanResult result = resultOf(alpha, moved + failed);
         loadAndScan({alpha}, result);
         model().toggleItemSelection(result.items.at(0).id); // the bundle stays
-        model().toggleItemSelection(QStringLiteral("/elsewhere")); // no item of the result: never sent
         const QList<LeftoverItem> sent = result.items.mid(1);
 
         model().deleteSelectedItems();
@@ -431,7 +434,6 @@ private Q_SLOTS:
         QVERIFY(!model().isDeleting());
         QCOMPARE(status(), expected);
         QCOMPARE(fakes().sounds, moved > 0 ? 1 : 0);
-        QCOMPARE(model().lastDeletionReport(), outcome);
         QCOMPARE(fakes().scans.count(), 1); // the rescan waits for the reload
 
         // The app is still installed, so it is scanned again and its remaining items ticked.
@@ -441,16 +443,32 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), resultOf(alpha, failed).items);
     }
 
-    void deletingTheBundleSelectsTheFirstApp()
+    // The bundle is checked before anything moves: one that cannot go stops the run with everything still
+    // ticked; once it has gone (even if moving it then failed) the app is treated as gone.
+    void deletingTheBundle_data()
     {
+        QTest::addColumn<QString>("obstacle");
+        QTest::newRow("movable") << QString();
+        QTest::newRow("unmovable") << QStringLiteral("Nothing was moved: Alpha can't go to the Trash.");
+    }
+
+    void deletingTheBundle()
+    {
+        QFETCH(QString, obstacle);
         const InstalledApp alpha = app(QStringLiteral("Alpha"));
         const InstalledApp beta = app(QStringLiteral("Beta"));
         const ScanResult result = resultOf(alpha, 1);
         loadAndScan({alpha, beta}, result);
         model().deleteSelectedItems();
-        QCOMPARE(fakes().trashRuns.count(), 0); // the bundle is checked first
-        fakes().removabilityChecks.finish(0, std::nullopt);
-        // Even when moving the bundle failed, the app is treated as gone.
+        QVERIFY(model().isDeleting());
+        QCOMPARE(fakes().trashRuns.count(), 0);
+        fakes().removabilityChecks.finish(0, obstacle.isEmpty() ? std::nullopt : std::optional(obstacle));
+        if (!obstacle.isEmpty()) {
+            QVERIFY(!model().isDeleting() && fakes().trashRuns.count() == 0 && fakes().sounds == 0);
+            QCOMPARE(status(), obstacle);
+            QCOMPARE(model().selectedItems(), result.items);
+            return;
+        }
         fakes().trashRuns.finish(0, DeletionReport{{result.items.at(1)}, {{result.items.at(0), QStringLiteral("Busy")}}});
         fakes().discovery.finish(1, {beta, alpha});
         QCOMPARE(fakes().scans.count(), 1);
@@ -462,21 +480,6 @@ private Q_SLOTS:
         model().deleteSelectedItems();
         QCOMPARE(fakes().trashRuns.count(), 1);
         QCOMPARE(anyStatus.count(), 0);
-    }
-
-    // A bundle that cannot move stops the run before any of the app's data goes.
-    void unmovableBundleMovesNothing()
-    {
-        const InstalledApp alpha = app(QStringLiteral("Alpha"));
-        loadAndScan({alpha}, resultOf(alpha, 2));
-        model().deleteSelectedItems();
-        QVERIFY(model().isDeleting());
-        fakes().removabilityChecks.finish(0, QStringLiteral("Nothing was moved: Alpha can't go to the Trash."));
-        QVERIFY(!model().isDeleting());
-        QCOMPARE(fakes().trashRuns.count(), 0);
-        QCOMPARE(status(), QStringLiteral("Nothing was moved: Alpha can't go to the Trash."));
-        QCOMPARE(model().selectedItems().size(), 3); // still ticked, ready for another try
-        QCOMPARE(fakes().sounds, 0);
     }
 
     // Told once per launch, appended to the scan's own line, with the settings button until the line changes.
@@ -500,8 +503,6 @@ private Q_SLOTS:
                                                     "Full Disk Access for Kestrune lets it see everything.")
                                    : QStringLiteral("Found 2 related items (1 KB)."));
         QCOMPARE(statusChanges.count(), refused ? 1 : 0);
-        model().openFullDiskAccessSettings();
-        QCOMPARE(fakes().settingsOpened, 1);
 
         model().scanSelectedApp();
         QVERIFY(!model().offersFullDiskAccess());
@@ -559,9 +560,7 @@ private Q_SLOTS:
         QCOMPARE(status(), QStringLiteral("Putting back 3 items…"));
         QCOMPARE(fakes().putBackItems.size(), 1);
         const QList<TrashedItem> sent = fakes().putBackItems.at(0);
-        QCOMPARE(sent.size(), 3);
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(sent.at(i), (TrashedItem{leftovers.at(i), trashed.at(i)}));
+        QCOMPARE(sent, (QList<TrashedItem>{{leftovers.at(0), trashed.at(0)}, {leftovers.at(1), trashed.at(1)}, {leftovers.at(2), trashed.at(2)}}));
 
         fakes().putBacks.finish(0, RestoreReport{leftovers.mid(0, 2), {{leftovers.at(2), QStringLiteral("Something else is there")}}});
         QVERIFY(!model().isPuttingBack() && model().canPutBack());
@@ -589,11 +588,11 @@ private Q_SLOTS:
         const LeftoverItem busy = item(QStringLiteral("/Library/Caches/busy"));
         const DeletionReport report{{}, {{locked, QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied")},
                                          {busy, QStringLiteral("Device or resource busy")}}};
-        const QVariantList failures = DeletionReportValue(report).failures;
-        QCOMPARE(failures.at(0).toMap().value(QStringLiteral("line")).toString(),
-                 QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied"));
-        QCOMPARE(failures.at(1).toMap().value(QStringLiteral("line")).toString(),
-                 QStringLiteral("/Library/Caches/busy: Device or resource busy"));
+        QStringList lines;
+        for (const QVariant &failure : DeletionReportValue(report).failures)
+            lines.append(failure.toMap().value(QStringLiteral("line")).toString());
+        QCOMPARE(lines, (QStringList{"Unable to trash file “/Library/Caches/locked”: Permission denied",
+                                     "/Library/Caches/busy: Device or resource busy"}));
     }
 
     // Dropped while the removed mode shows a group and a search is typed. A document is refused by

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/CliSupport.h"
 
-#include <QJsonArray>
+#include "models/RecordFields.h"
+
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -19,57 +20,22 @@ namespace CliSupport {
 
 QJsonObject appJson(const InstalledApp &app)
 {
-    return QJsonObject{
-        {QStringLiteral("id"), app.id},
-        {QStringLiteral("name"), app.name},
-        {QStringLiteral("path"), app.bundlePath()},
-        {QStringLiteral("bundleIdentifier"), app.bundleIdentifier ? QJsonValue(*app.bundleIdentifier) : QJsonValue()},
-        {QStringLiteral("size"), app.size},
-        {QStringLiteral("formattedSize"), app.formattedSize()},
-    };
+    return RecordFields::json(app);
 }
 
 QJsonObject ownerJson(const ItemOwner &owner)
 {
-    return QJsonObject{
-        {QStringLiteral("name"), owner.name},
-        {QStringLiteral("bundleIdentifier"), owner.bundleIdentifier ? QJsonValue(*owner.bundleIdentifier) : QJsonValue()},
-        {QStringLiteral("reason"), owner.reason},
-    };
+    return RecordFields::json(owner);
 }
 
 QJsonObject itemJson(const LeftoverItem &item)
 {
-    return QJsonObject{
-        {QStringLiteral("id"), item.id},
-        {QStringLiteral("path"), item.path()},
-        {QStringLiteral("name"), item.name()},
-        {QStringLiteral("category"), LeftoverCategories::rawValue(item.category)},
-        {QStringLiteral("size"), item.size},
-        {QStringLiteral("formattedSize"), item.formattedSize()},
-        {QStringLiteral("requiresAdmin"), item.requiresAdmin()},
-        {QStringLiteral("foundBy"), FoundByValues::rawValue(item.foundBy)},
-        {QStringLiteral("matched"), item.matched ? QJsonValue(*item.matched) : QJsonValue()},
-        {QStringLiteral("claimedBy"), item.claimedBy ? QJsonValue(ownerJson(*item.claimedBy)) : QJsonValue()},
-        {QStringLiteral("selected"), item.isSelectedByDefault()},
-    };
+    return RecordFields::json(item);
 }
 
 QJsonObject groupJson(const OrphanedAppGroup &group)
 {
-    QJsonArray items;
-    for (const LeftoverItem &item : group.items)
-        items.append(itemJson(item));
-    return QJsonObject{
-        {QStringLiteral("id"), group.id},
-        {QStringLiteral("displayName"), group.displayName},
-        {QStringLiteral("bundleIdentifier"), group.bundleIdentifier ? QJsonValue(*group.bundleIdentifier) : QJsonValue()},
-        {QStringLiteral("confidence"), OrphanConfidences::rawValue(group.confidence)},
-        {QStringLiteral("evidenceSummary"), group.evidenceSummary},
-        {QStringLiteral("totalSize"), group.totalSize()},
-        {QStringLiteral("formattedTotalSize"), group.formattedTotalSize()},
-        {QStringLiteral("items"), items},
-    };
+    return RecordFields::json(group);
 }
 
 namespace {

@@ -76,3 +76,8 @@ qint64 LeftoverItems::totalSize(const QList<LeftoverItem> &items)
         total += item.size;
     return total;
 }
+
+QString LeftoverItems::countAndSize(qsizetype count, qint64 size)
+{
+    return QStringLiteral("%1 items • %2").arg(QString::number(count), ByteCountFormatter::string(size));
+}

@@ -72,4 +72,7 @@ size_t qHash(const LeftoverItem &item, size_t seed = 0);
 
 namespace LeftoverItems {
 [[nodiscard]] qint64 totalSize(const QList<LeftoverItem> &items);
+// "3 items • 2 KB", as a sidebar row and a category's header show a set of items. The plural stays
+// "items" for one item too: the window's texts read that way.
+[[nodiscard]] QString countAndSize(qsizetype count, qint64 size);
 }

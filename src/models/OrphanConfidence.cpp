@@ -13,4 +13,24 @@ QString rawValue(OrphanConfidence confidence)
     return QString();
 }
 
+QString key(OrphanConfidence confidence)
+{
+    switch (confidence) {
+    case OrphanConfidence::high: return QStringLiteral("high");
+    case OrphanConfidence::medium: return QStringLiteral("medium");
+    case OrphanConfidence::uncertain: return QStringLiteral("uncertain");
+    }
+    return QString();
+}
+
+QString shortLabel(OrphanConfidence confidence)
+{
+    switch (confidence) {
+    case OrphanConfidence::high: return QStringLiteral("High");
+    case OrphanConfidence::medium: return QStringLiteral("Med");
+    case OrphanConfidence::uncertain: return QStringLiteral("Low");
+    }
+    return QString();
+}
+
 } // namespace OrphanConfidences

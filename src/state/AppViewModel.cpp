@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "state/AppViewModel.h"
 
+#include "models/RecordFields.h"
 #include "platform/ByteCountFormatter.h"
 #include "platform/FileSystem.h"
 #include "platform/MacPlatform.h"
@@ -250,6 +251,8 @@ void AppViewModel::setShowUncertainMatches(bool show)
 {
     m_showUncertainMatches = show;
     Q_EMIT showUncertainMatchesChanged();
+    if (m_sidebarMode == SidebarMode::Removed)
+        applyOrphanSelection(visibleOrphans());
     refreshDerived();
 }
 
@@ -348,6 +351,40 @@ QString AppViewModel::formattedSelectedTotalSize() const
     return ByteCountFormatter::string(selectedTotalSize());
 }
 
+QString AppViewModel::moveToTrashText() const
+{
+    return QStringLiteral("Move %1 Items to Trash").arg(QString::number(selectedItems().size()));
+}
+
+QString AppViewModel::trashConfirmationText() const
+{
+    const QList<LeftoverItem> items = selectedItems();
+    if (items.isEmpty())
+        return QStringLiteral("Review the scan results before moving items to the Trash.");
+    return QStringLiteral("This will move %1 items (%2) to the Trash. You'll hear a sound when cleanup finishes.")
+        .arg(QString::number(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)));
+}
+
+QString AppViewModel::shownAppsText() const
+{
+    return QStringLiteral("%1 shown").arg(m_filteredAppsModel.rowCount());
+}
+
+QString AppViewModel::shownOrphansText() const
+{
+    return QStringLiteral("%1 shown").arg(m_filteredOrphansModel.rowCount());
+}
+
+QVariantMap AppViewModel::selectedAppValue() const
+{
+    return RecordFields::windowMap(m_selectedApp);
+}
+
+QVariantMap AppViewModel::selectedOrphanValue() const
+{
+    return RecordFields::windowMap(m_selectedOrphan);
+}
+
 QStringList AppViewModel::selectedItemIDList() const
 {
     QStringList ids(m_selectedItemIDs.cbegin(), m_selectedItemIDs.cend());
@@ -366,29 +403,11 @@ void AppViewModel::refreshDerived()
         m_filteredAppsModel.setRecords(filteredApps());
         m_filteredOrphansModel.setRecords(filteredOrphans());
         m_sidebarInputs = {m_apps, m_orphanedGroups, m_showUncertainMatches, m_searchText, true};
+        Q_EMIT sidebarListsChanged();
     }
 
     const std::optional<ScanResult> active = activeScanResult();
-    QList<LeftoverItem> displayOrder;
-    QList<CategorySectionListModel::Section> sections;
-    if (active) {
-        displayOrder.reserve(active->items.size());
-        for (LeftoverCategory category : LeftoverCategories::allCases) {
-            CategorySectionListModel::Section section{category, 0, 0, 0};
-            for (const LeftoverItem &item : active->items) {
-                if (item.category != category)
-                    continue;
-                displayOrder.append(item);
-                ++section.itemCount;
-                section.selectedCount += m_selectedItemIDs.contains(item.id) ? 1 : 0;
-                section.size += item.size;
-            }
-            if (section.itemCount > 0)
-                sections.append(section);
-        }
-    }
-    m_activeItemsModel.setRecords(displayOrder, m_selectedItemIDs);
-    m_activeCategoriesModel.setSections(sections);
+    m_activeItemsModel.setRecords(active ? active->items : QList<LeftoverItem>(), m_selectedItemIDs);
     if (active != m_lastActiveScanResult) {
         m_lastActiveScanResult = active;
         Q_EMIT activeScanResultChanged();
@@ -543,14 +562,6 @@ void AppViewModel::applyOrphanSelection(const QList<OrphanedAppGroup> &groups)
     }
     setSelectedOrphan(groups.isEmpty() ? std::nullopt : std::optional<OrphanedAppGroup>(groups.first()));
     setSelectedItemIDs(groups.isEmpty() ? QSet<QString>() : idsOf(groups.first().items));
-}
-
-void AppViewModel::refreshOrphanSelection()
-{
-    if (m_sidebarMode != SidebarMode::Removed)
-        return;
-    applyOrphanSelection(visibleOrphans());
-    refreshDerived();
 }
 
 void AppViewModel::selectOrphan(const OrphanedAppGroup &group)

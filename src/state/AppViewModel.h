@@ -16,6 +16,7 @@
 #include <QSet>
 #include <QStringList>
 #include <QUrl>
+#include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
@@ -54,9 +55,10 @@ class AppViewModel : public QObject {
 
     Q_PROPERTY(SidebarModes::Mode sidebarMode READ sidebarMode NOTIFY sidebarModeChanged)
     Q_PROPERTY(InstalledAppListModel *apps READ appsModel NOTIFY appsChanged)
-    Q_PROPERTY(AppValue selectedApp READ selectedAppValue NOTIFY selectedAppChanged)
+    // The selected record's fields as the lists show them, plus `valid`.
+    Q_PROPERTY(QVariantMap selectedApp READ selectedAppValue NOTIFY selectedAppChanged)
     Q_PROPERTY(OrphanGroupListModel *orphanedGroups READ orphanedGroupsModel NOTIFY orphanedGroupsChanged)
-    Q_PROPERTY(OrphanGroupValue selectedOrphan READ selectedOrphanValue NOTIFY selectedOrphanChanged)
+    Q_PROPERTY(QVariantMap selectedOrphan READ selectedOrphanValue NOTIFY selectedOrphanChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
     Q_PROPERTY(ScanResultValue scanResult READ scanResultValue NOTIFY scanResultChanged)
     Q_PROPERTY(QStringList selectedItemIDs READ selectedItemIDList NOTIFY selectedItemIDsChanged)
@@ -70,6 +72,7 @@ class AppViewModel : public QObject {
     Q_PROPERTY(bool hasStatusMessage READ hasStatusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(bool showDeleteConfirmation READ showDeleteConfirmation WRITE setShowDeleteConfirmation
                    NOTIFY showDeleteConfirmationChanged)
+    // Writing it also moves the removed mode's selection off a group it hides.
     Q_PROPERTY(bool showUncertainMatches READ showUncertainMatches WRITE setShowUncertainMatches
                    NOTIFY showUncertainMatchesChanged)
     Q_PROPERTY(bool isDropProcessing READ isDropProcessing NOTIFY isDropProcessingChanged)
@@ -90,10 +93,15 @@ class AppViewModel : public QObject {
     Q_PROPERTY(OrphanGroupListModel *filteredOrphans READ filteredOrphansModel CONSTANT)
     Q_PROPERTY(ScanResultValue activeScanResult READ activeScanResultValue NOTIFY activeScanResultChanged)
     Q_PROPERTY(LeftoverItemListModel *activeItems READ activeItemsModel CONSTANT)
-    Q_PROPERTY(CategorySectionListModel *activeCategories READ activeCategoriesModel CONSTANT)
     Q_PROPERTY(LeftoverItemListModel *selectedItems READ selectedItemsModel CONSTANT)
     Q_PROPERTY(qint64 selectedTotalSize READ selectedTotalSize NOTIFY selectedItemsChanged)
     Q_PROPERTY(QString formattedSelectedTotalSize READ formattedSelectedTotalSize NOTIFY selectedItemsChanged)
+
+    // The window's sentences about those lists.
+    Q_PROPERTY(QString moveToTrashText READ moveToTrashText NOTIFY selectedItemsChanged)
+    Q_PROPERTY(QString trashConfirmationText READ trashConfirmationText NOTIFY selectedItemsChanged)
+    Q_PROPERTY(QString shownAppsText READ shownAppsText NOTIFY sidebarListsChanged)
+    Q_PROPERTY(QString shownOrphansText READ shownOrphansText NOTIFY sidebarListsChanged)
 
 public:
     explicit AppViewModel(QObject *parent = nullptr);
@@ -136,12 +144,16 @@ public:
     [[nodiscard]] QList<LeftoverItem> selectedItems() const;
     [[nodiscard]] qint64 selectedTotalSize() const;
     [[nodiscard]] QString formattedSelectedTotalSize() const;
+    [[nodiscard]] QString moveToTrashText() const;
+    [[nodiscard]] QString trashConfirmationText() const;
+    [[nodiscard]] QString shownAppsText() const;
+    [[nodiscard]] QString shownOrphansText() const;
 
     // QML reads of the fields above.
     [[nodiscard]] InstalledAppListModel *appsModel() { return &m_appsModel; }
-    [[nodiscard]] AppValue selectedAppValue() const { return AppValue(m_selectedApp); }
+    [[nodiscard]] QVariantMap selectedAppValue() const;
     [[nodiscard]] OrphanGroupListModel *orphanedGroupsModel() { return &m_orphanedGroupsModel; }
-    [[nodiscard]] OrphanGroupValue selectedOrphanValue() const { return OrphanGroupValue(m_selectedOrphan); }
+    [[nodiscard]] QVariantMap selectedOrphanValue() const;
     [[nodiscard]] ScanResultValue scanResultValue() const { return ScanResultValue(m_scanResult); }
     [[nodiscard]] QStringList selectedItemIDList() const;
     [[nodiscard]] QString statusText() const { return m_statusMessage.value_or(QString()); }
@@ -154,7 +166,6 @@ public:
     [[nodiscard]] OrphanGroupListModel *filteredOrphansModel() { return &m_filteredOrphansModel; }
     [[nodiscard]] ScanResultValue activeScanResultValue() const { return ScanResultValue(activeScanResult()); }
     [[nodiscard]] LeftoverItemListModel *activeItemsModel() { return &m_activeItemsModel; }
-    [[nodiscard]] CategorySectionListModel *activeCategoriesModel() { return &m_activeCategoriesModel; }
     [[nodiscard]] LeftoverItemListModel *selectedItemsModel() { return &m_selectedItemsModel; }
 
     Q_INVOKABLE void loadApps();
@@ -163,7 +174,6 @@ public:
     Q_INVOKABLE void switchSidebarMode(SidebarModes::Mode mode);
     Q_INVOKABLE void scanForRemovedApps();
     void selectOrphan(const OrphanedAppGroup &group);
-    Q_INVOKABLE void refreshOrphanSelection();
 
     void setSelection(LeftoverCategory category, bool isSelected);
     Q_INVOKABLE void selectAll();
@@ -212,6 +222,7 @@ Q_SIGNALS:
     void lastPutBackReportChanged();
     void activeScanResultChanged();
     void selectedItemsChanged();
+    void sidebarListsChanged();
 
 private:
     // Assignments: each one notifies, also for an equal value, as views expect one signal per write.
@@ -292,7 +303,6 @@ private:
     InstalledAppListModel m_filteredAppsModel;
     OrphanGroupListModel m_filteredOrphansModel;
     LeftoverItemListModel m_activeItemsModel;
-    CategorySectionListModel m_activeCategoriesModel;
     LeftoverItemListModel m_selectedItemsModel;
     std::optional<ScanResult> m_lastActiveScanResult;
     QList<LeftoverItem> m_lastSelectedItems;

@@ -1,17 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "state/ListModels.h"
 
-#include "models/LeftoverCategory.h"
-#include "models/OrphanConfidence.h"
-#include "platform/ByteCountFormatter.h"
+#include "models/RecordFields.h"
+
+#include <algorithm>
 
 namespace {
 
-template<typename Role>
-int roleOf(Role role)
+template<typename Record>
+QHash<int, QByteArray> fieldRoleNames(int firstRole)
 {
-    return int(role);
+    QHash<int, QByteArray> names;
+    const QList<RecordField<Record>> &fields = RecordFields::inWindow<Record>();
+    for (qsizetype i = 0; i < fields.size(); ++i)
+        names.insert(firstRole + int(i), fields.at(i).name);
+    return names;
 }
+
+template<typename Record>
+QVariant fieldRoleValue(const Record &record, int role, int firstRole)
+{
+    const QList<RecordField<Record>> &fields = RecordFields::inWindow<Record>();
+    const int field = role - firstRole;
+    if (field < 0 || field >= fields.size())
+        return {};
+    return RecordFields::windowValue(fields.at(field), record);
+}
+
+constexpr int firstRecordRole = Qt::UserRole + 1;
 
 } // namespace
 
@@ -21,26 +37,12 @@ QVariant InstalledAppListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
-    const InstalledApp &app = m_records.at(index.row());
-    switch (Role(role)) {
-    case Role::id: return app.id;
-    case Role::name: return app.name;
-    case Role::path: return app.path;
-    case Role::bundleIdentifier: return app.bundleIdentifier.value_or(QString());
-    case Role::size: return app.size;
-    case Role::formattedSize: return app.formattedSize();
-    }
-    return {};
+    return fieldRoleValue(m_records.at(index.row()), role, firstRecordRole);
 }
 
 QHash<int, QByteArray> InstalledAppListModel::roleNames() const
 {
-    return {{roleOf(Role::id), "id"},
-            {roleOf(Role::name), "name"},
-            {roleOf(Role::path), "path"},
-            {roleOf(Role::bundleIdentifier), "bundleIdentifier"},
-            {roleOf(Role::size), "size"},
-            {roleOf(Role::formattedSize), "formattedSize"}};
+    return fieldRoleNames<InstalledApp>(firstRecordRole);
 }
 
 void InstalledAppListModel::setRecords(const QList<InstalledApp> &records)
@@ -55,42 +57,24 @@ QVariant OrphanGroupListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
-    const OrphanedAppGroup &group = m_records.at(index.row());
-    switch (Role(role)) {
-    case Role::id: return group.id;
-    case Role::displayName: return group.displayName;
-    case Role::bundleIdentifier: return group.bundleIdentifier.value_or(QString());
-    case Role::confidence: return OrphanConfidences::rawValue(group.confidence);
-    case Role::evidenceSummary: return group.evidenceSummary;
-    case Role::itemCount: return int(group.items.size());
-    case Role::size: return group.totalSize();
-    case Role::formattedSize: return group.formattedTotalSize();
-    }
-    return {};
+    return fieldRoleValue(m_records.at(index.row()), role, firstRecordRole);
 }
 
 QHash<int, QByteArray> OrphanGroupListModel::roleNames() const
 {
-    return {{roleOf(Role::id), "id"},
-            {roleOf(Role::displayName), "displayName"},
-            {roleOf(Role::bundleIdentifier), "bundleIdentifier"},
-            {roleOf(Role::confidence), "confidence"},
-            {roleOf(Role::evidenceSummary), "evidenceSummary"},
-            {roleOf(Role::itemCount), "itemCount"},
-            {roleOf(Role::size), "size"},
-            {roleOf(Role::formattedSize), "formattedSize"}};
+    return fieldRoleNames<OrphanedAppGroup>(firstRecordRole);
 }
 
 namespace {
 
 // Whether two group lists show the same rows. Comparing every item of thousands of groups (each with a
-// URL) after a rescan stalled the window; a row shows only these fields.
+// URL) after a rescan stalled the window; a row shows only the fields the window shows.
 bool sameRows(const QList<OrphanedAppGroup> &a, const QList<OrphanedAppGroup> &b)
 {
-    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), [](const OrphanedAppGroup &x, const OrphanedAppGroup &y) {
-        return x.id == y.id && x.displayName == y.displayName && x.bundleIdentifier == y.bundleIdentifier
-            && x.confidence == y.confidence && x.evidenceSummary == y.evidenceSummary
-            && x.items.size() == y.items.size() && x.totalSize() == y.totalSize();
+    const QList<RecordField<OrphanedAppGroup>> &fields = RecordFields::inWindow<OrphanedAppGroup>();
+    return std::equal(a.cbegin(), a.cend(), b.cbegin(), b.cend(), [&fields](const OrphanedAppGroup &x, const OrphanedAppGroup &y) {
+        return std::all_of(fields.cbegin(), fields.cend(),
+                           [&](const RecordField<OrphanedAppGroup> &field) { return field.value(x) == field.value(y); });
     });
 }
 
@@ -106,123 +90,89 @@ void OrphanGroupListModel::setRecords(const QList<OrphanedAppGroup> &records)
 
 LeftoverItemListModel::LeftoverItemListModel(QObject *parent) : RecordListModel(parent) {}
 
+const LeftoverItemListModel::Section &LeftoverItemListModel::sectionOf(int row) const
+{
+    // The last section that starts at or before the row.
+    const auto after = std::upper_bound(m_sections.cbegin(), m_sections.cend(), row,
+                                        [](int r, const Section &section) { return r < section.firstRow; });
+    return *std::prev(after);
+}
+
 QVariant LeftoverItemListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
     const LeftoverItem &item = m_records.at(index.row());
     switch (Role(role)) {
-    case Role::id: return item.id;
-    case Role::name: return item.name();
-    case Role::path: return item.path();
-    case Role::category: return LeftoverCategories::rawValue(item.category);
-    case Role::size: return item.size;
-    case Role::formattedSize: return item.formattedSize();
-    case Role::requiresAdmin: return item.requiresAdmin();
     case Role::isSelected: return m_selectedIDs.contains(item.id);
-    case Role::foundBy: return FoundByValues::rawValue(item.foundBy);
-    case Role::matched: return item.matched.value_or(QString());
-    case Role::owner: return item.claimedBy ? item.claimedBy->label() : QString();
-    case Role::howFound: return item.howFound();
+    case Role::opensSection: return sectionOf(index.row()).firstRow == index.row();
+    case Role::sectionSummary: {
+        const Section &section = sectionOf(index.row());
+        return LeftoverItems::countAndSize(section.rowCount, section.size);
     }
-    return {};
+    case Role::sectionAllSelected: {
+        const Section &section = sectionOf(index.row());
+        return section.selectedCount == section.rowCount;
+    }
+    case Role::firstField: break;
+    }
+    return fieldRoleValue(item, role, int(Role::firstField));
 }
 
 QHash<int, QByteArray> LeftoverItemListModel::roleNames() const
 {
-    return {{roleOf(Role::id), "id"},
-            {roleOf(Role::name), "name"},
-            {roleOf(Role::path), "path"},
-            {roleOf(Role::category), "category"},
-            {roleOf(Role::size), "size"},
-            {roleOf(Role::formattedSize), "formattedSize"},
-            {roleOf(Role::requiresAdmin), "requiresAdmin"},
-            {roleOf(Role::isSelected), "isSelected"},
-            {roleOf(Role::foundBy), "foundBy"},
-            {roleOf(Role::matched), "matched"},
-            {roleOf(Role::owner), "owner"},
-            {roleOf(Role::howFound), "howFound"}};
+    QHash<int, QByteArray> names = fieldRoleNames<LeftoverItem>(int(Role::firstField));
+    names.insert(int(Role::isSelected), "isSelected");
+    names.insert(int(Role::opensSection), "opensSection");
+    names.insert(int(Role::sectionSummary), "sectionSummary");
+    names.insert(int(Role::sectionAllSelected), "sectionAllSelected");
+    return names;
+}
+
+void LeftoverItemListModel::countSections()
+{
+    m_sections.clear();
+    for (int row = 0; row < m_records.size(); ++row) {
+        const LeftoverItem &item = m_records.at(row);
+        if (row == 0 || m_records.at(row - 1).category != item.category)
+            m_sections.append(Section{row, 0, 0, 0});
+        Section &section = m_sections.last();
+        ++section.rowCount;
+        section.selectedCount += m_selectedIDs.contains(item.id) ? 1 : 0;
+        section.size += item.size;
+    }
 }
 
 void LeftoverItemListModel::setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs)
 {
-    if (m_records != records) {
+    QList<LeftoverItem> ordered = records;
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const LeftoverItem &a, const LeftoverItem &b) { return int(a.category) < int(b.category); });
+    if (m_records != ordered) {
         resetRows([&] {
-            m_records = records;
+            m_records = std::move(ordered);
             m_selectedIDs = selectedIDs;
+            countSections();
         });
         return;
     }
     const QSet<QString> previous = std::exchange(m_selectedIDs, selectedIDs);
-    // A tick only changes one role; a reset would close the view's sections.
+    const QList<Section> previousSections = std::exchange(m_sections, {});
+    countSections();
+    // A tick only changes a row's box and its category's header; a reset would scroll the view away.
     for (int row = 0; row < m_records.size(); ++row) {
         const QString &id = m_records.at(row).id;
         if (previous.contains(id) != m_selectedIDs.contains(id)) {
             const QModelIndex changed = index(row);
-            Q_EMIT dataChanged(changed, changed, {roleOf(Role::isSelected)});
+            Q_EMIT dataChanged(changed, changed, {int(Role::isSelected)});
         }
     }
-}
-
-CategorySectionListModel::CategorySectionListModel(QObject *parent) : RecordListModel(parent) {}
-
-QVariant CategorySectionListModel::data(const QModelIndex &index, int role) const
-{
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    const Section &section = m_sections.at(index.row());
-    switch (Role(role)) {
-    case Role::category: return LeftoverCategories::rawValue(section.category);
-    case Role::systemLevel: return LeftoverCategories::systemLevel(section.category);
-    case Role::itemCount: return section.itemCount;
-    case Role::selectedCount: return section.selectedCount;
-    case Role::size: return section.size;
-    case Role::formattedSize: return ByteCountFormatter::string(section.size);
-    }
-    return {};
-}
-
-QHash<int, QByteArray> CategorySectionListModel::roleNames() const
-{
-    return {{roleOf(Role::category), "category"},
-            {roleOf(Role::systemLevel), "systemLevel"},
-            {roleOf(Role::itemCount), "itemCount"},
-            {roleOf(Role::selectedCount), "selectedCount"},
-            {roleOf(Role::size), "size"},
-            {roleOf(Role::formattedSize), "formattedSize"}};
-}
-
-QVariantMap CategorySectionListModel::section(const QString &categoryRawValue) const
-{
-    for (int row = 0; row < m_sections.size(); ++row) {
-        const Section &section = m_sections.at(row);
-        if (LeftoverCategories::rawValue(section.category) != categoryRawValue)
-            continue;
-        return {{QStringLiteral("index"), row},
-                {QStringLiteral("category"), categoryRawValue},
-                {QStringLiteral("systemLevel"), LeftoverCategories::systemLevel(section.category)},
-                {QStringLiteral("itemCount"), section.itemCount},
-                {QStringLiteral("selectedCount"), section.selectedCount},
-                {QStringLiteral("size"), section.size},
-                {QStringLiteral("formattedSize"), ByteCountFormatter::string(section.size)}};
-    }
-    return {};
-}
-
-void CategorySectionListModel::setSections(const QList<Section> &sections)
-{
-    const auto sameCategories = [&] {
-        return std::equal(m_sections.cbegin(), m_sections.cend(), sections.cbegin(), sections.cend(),
-                          [](const Section &a, const Section &b) { return a.category == b.category; });
-    };
-    if (!sameCategories()) {
-        resetRows([&] { m_sections = sections; });
-        return;
-    }
-    for (int row = 0; row < sections.size(); ++row) {
-        if (m_sections.at(row) == sections.at(row))
-            continue;
-        m_sections[row] = sections.at(row);
-        Q_EMIT dataChanged(index(row), index(row));
+    for (qsizetype i = 0; i < m_sections.size(); ++i) {
+        const Section &section = m_sections.at(i);
+        const bool wasAll = previousSections.at(i).selectedCount == section.rowCount;
+        if (wasAll != (section.selectedCount == section.rowCount)) {
+            Q_EMIT dataChanged(index(section.firstRow), index(section.firstRow + section.rowCount - 1),
+                               {int(Role::sectionAllSelected)});
+        }
     }
 }

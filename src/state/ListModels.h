@@ -50,8 +50,7 @@ class InstalledAppListModel : public RecordListModel {
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
 public:
-    enum class Role { id = Qt::UserRole + 1, name, path, bundleIdentifier, size, formattedSize };
-
+    // One role per field the window shows, named after it.
     explicit InstalledAppListModel(QObject *parent = nullptr);
 
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
@@ -70,17 +69,7 @@ class OrphanGroupListModel : public RecordListModel {
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
 public:
-    enum class Role {
-        id = Qt::UserRole + 1,
-        displayName,
-        bundleIdentifier,
-        confidence,
-        evidenceSummary,
-        itemCount,
-        size,
-        formattedSize,
-    };
-
+    // One role per field the window shows, named after it.
     explicit OrphanGroupListModel(QObject *parent = nullptr);
 
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
@@ -95,27 +84,22 @@ private:
 };
 
 // Items of a result with their tick, in display order: by category in declaration order, then in the
-// result's order, so a view can section them by `category`.
+// result's order. Each row also carries its category's figures, which the first row of a category shows
+// in the category's header.
 class LeftoverItemListModel : public RecordListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by AppViewModel")
 public:
+    // After these, one role per field of the item the window shows, named after it.
     enum class Role {
-        id = Qt::UserRole + 1,
-        name,
-        path,
-        category,
-        size,
-        formattedSize,
-        requiresAdmin,
-        isSelected,
-        foundBy,
-        matched,
-        // "Belongs to ForkLift" or "Part of macOS"; empty for the scanned app's own items.
-        owner,
-        // How the item was found and, when claimed, why it is another's: the row's tooltip.
-        howFound,
+        isSelected = Qt::UserRole + 1,
+        // The first row of its category: it draws the category's header.
+        opensSection,
+        // "3 items • 2 KB" for the whole category.
+        sectionSummary,
+        sectionAllSelected,
+        firstField,
     };
 
     explicit LeftoverItemListModel(QObject *parent = nullptr);
@@ -124,45 +108,21 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] const QList<LeftoverItem> &records() const { return m_records; }
+    // Puts the records in display order.
     void setRecords(const QList<LeftoverItem> &records, const QSet<QString> &selectedIDs);
 
 private:
-    [[nodiscard]] qsizetype recordCount() const override { return m_records.size(); }
-    QList<LeftoverItem> m_records;
-    QSet<QString> m_selectedIDs;
-};
-
-// One row per category that holds items of the active result, for the section headers and their
-// select-all boxes.
-class CategorySectionListModel : public RecordListModel {
-    Q_OBJECT
-    QML_ELEMENT
-    QML_UNCREATABLE("Owned by AppViewModel")
-public:
-    enum class Role { category = Qt::UserRole + 1, systemLevel, itemCount, selectedCount, size, formattedSize };
-
     struct Section {
-        LeftoverCategory category = LeftoverCategory::other;
-        int itemCount = 0;
+        int firstRow = 0;
+        int rowCount = 0;
         int selectedCount = 0;
         qint64 size = 0;
-
-        friend bool operator==(const Section &, const Section &) = default;
     };
+    [[nodiscard]] qsizetype recordCount() const override { return m_records.size(); }
+    [[nodiscard]] const Section &sectionOf(int row) const;
+    void countSections();
 
-    explicit CategorySectionListModel(QObject *parent = nullptr);
-
-    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
-    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
-
-    [[nodiscard]] const QList<Section> &sections() const { return m_sections; }
-    void setSections(const QList<Section> &sections);
-
-    // A list's section header knows only its title: its row as a map of the role names plus `index`,
-    // or an empty map when the category holds no items.
-    Q_INVOKABLE [[nodiscard]] QVariantMap section(const QString &categoryRawValue) const;
-
-private:
-    [[nodiscard]] qsizetype recordCount() const override { return m_sections.size(); }
-    QList<Section> m_sections;
+    QList<LeftoverItem> m_records;
+    QSet<QString> m_selectedIDs;
+    QList<Section> m_sections; // in row order
 };

@@ -3,34 +3,6 @@
 
 #include "platform/ByteCountFormatter.h"
 
-AppValue::AppValue(const std::optional<InstalledApp> &app)
-{
-    if (!app)
-        return;
-    valid = true;
-    id = app->id;
-    name = app->name;
-    path = app->path;
-    bundleIdentifier = app->bundleIdentifier.value_or(QString());
-    size = app->size;
-    formattedSize = app->formattedSize();
-}
-
-OrphanGroupValue::OrphanGroupValue(const std::optional<OrphanedAppGroup> &group)
-{
-    if (!group)
-        return;
-    valid = true;
-    id = group->id;
-    displayName = group->displayName;
-    bundleIdentifier = group->bundleIdentifier.value_or(QString());
-    confidence = OrphanConfidences::rawValue(group->confidence);
-    evidenceSummary = group->evidenceSummary;
-    itemCount = int(group->items.size());
-    size = group->totalSize();
-    formattedSize = group->formattedTotalSize();
-}
-
 ScanResultValue::ScanResultValue(const std::optional<ScanResult> &result)
 {
     if (!result)
@@ -65,6 +37,7 @@ UpdateValue::UpdateValue(const std::optional<AppUpdateInfo> &update)
         return;
     valid = true;
     version = update->version;
+    title = QStringLiteral("Update available: v%1").arg(update->version);
     downloadURL = update->downloadURL;
     releaseNotes = update->releaseNotes.value_or(QString());
     hasReleaseNotes = update->releaseNotes.has_value();

@@ -3,8 +3,6 @@
 
 #include "models/AppUpdateInfo.h"
 #include "models/DeletionReport.h"
-#include "models/InstalledApp.h"
-#include "models/OrphanedAppGroup.h"
 #include "models/ScanResult.h"
 
 #include <QObject>
@@ -14,56 +12,6 @@
 #include <optional>
 
 // Read-only views of the optional records, for QML: `valid` is false where the field holds none.
-
-class AppValue {
-    Q_GADGET
-    QML_VALUE_TYPE(appValue)
-    Q_PROPERTY(bool valid MEMBER valid CONSTANT)
-    Q_PROPERTY(QString id MEMBER id CONSTANT)
-    Q_PROPERTY(QString name MEMBER name CONSTANT)
-    Q_PROPERTY(QUrl path MEMBER path CONSTANT)
-    Q_PROPERTY(QString bundleIdentifier MEMBER bundleIdentifier CONSTANT)
-    Q_PROPERTY(qint64 size MEMBER size CONSTANT)
-    Q_PROPERTY(QString formattedSize MEMBER formattedSize CONSTANT)
-public:
-    AppValue() = default;
-    explicit AppValue(const std::optional<InstalledApp> &app);
-
-    bool valid = false;
-    QString id;
-    QString name;
-    QUrl path;
-    QString bundleIdentifier;
-    qint64 size = 0;
-    QString formattedSize;
-};
-
-class OrphanGroupValue {
-    Q_GADGET
-    QML_VALUE_TYPE(orphanGroupValue)
-    Q_PROPERTY(bool valid MEMBER valid CONSTANT)
-    Q_PROPERTY(QString id MEMBER id CONSTANT)
-    Q_PROPERTY(QString displayName MEMBER displayName CONSTANT)
-    Q_PROPERTY(QString bundleIdentifier MEMBER bundleIdentifier CONSTANT)
-    Q_PROPERTY(QString confidence MEMBER confidence CONSTANT)
-    Q_PROPERTY(QString evidenceSummary MEMBER evidenceSummary CONSTANT)
-    Q_PROPERTY(int itemCount MEMBER itemCount CONSTANT)
-    Q_PROPERTY(qint64 size MEMBER size CONSTANT)
-    Q_PROPERTY(QString formattedSize MEMBER formattedSize CONSTANT)
-public:
-    OrphanGroupValue() = default;
-    explicit OrphanGroupValue(const std::optional<OrphanedAppGroup> &group);
-
-    bool valid = false;
-    QString id;
-    QString displayName;
-    QString bundleIdentifier;
-    QString confidence;
-    QString evidenceSummary;
-    int itemCount = 0;
-    qint64 size = 0;
-    QString formattedSize;
-};
 
 class ScanResultValue {
     Q_GADGET
@@ -105,6 +53,8 @@ class UpdateValue {
     QML_VALUE_TYPE(updateValue)
     Q_PROPERTY(bool valid MEMBER valid CONSTANT)
     Q_PROPERTY(QString version MEMBER version CONSTANT)
+    // "Update available: v2.0.1".
+    Q_PROPERTY(QString title MEMBER title CONSTANT)
     Q_PROPERTY(QUrl downloadURL MEMBER downloadURL CONSTANT)
     Q_PROPERTY(QString releaseNotes MEMBER releaseNotes CONSTANT)
     // Empty notes still take the banner's notes line; only absent ones fall back to the fixed sentence.
@@ -115,6 +65,7 @@ public:
 
     bool valid = false;
     QString version;
+    QString title;
     QUrl downloadURL;
     QString releaseNotes;
     bool hasReleaseNotes = false;

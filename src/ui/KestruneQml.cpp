@@ -15,7 +15,7 @@ void prepareEngine(QQmlEngine &engine)
     // Type registration and fonts are process-wide; engines come and go (one per Qt Quick test).
     static const bool registered = [] {
         qmlRegisterTypesAndRevisions<AppViewModel, InstalledAppListModel, OrphanGroupListModel,
-                                     LeftoverItemListModel, CategorySectionListModel>("Kestrune", 1);
+                                     LeftoverItemListModel>("Kestrune", 1);
         qmlRegisterUncreatableMetaObject(SidebarModes::staticMetaObject, "Kestrune", 1, 0, "SidebarMode",
                                          QStringLiteral("SidebarMode holds only the modes"));
         QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/MaterialIcons-Regular.ttf"));

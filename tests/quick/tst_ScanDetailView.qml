@@ -88,7 +88,6 @@ Item {
             selectAndScan(detail, "Acme Notes.app")
             verify(named(detail, "introPanel").length === 0)
             verify(findChild(detail, "selectAllButton").visible)
-            verify(model.activeCategories.count > 2, "several categories")
 
             mouseClick(findChild(detail, "deselectAllButton"))
             compare(model.selectedItems.count, 0)
@@ -111,7 +110,6 @@ Item {
             compare(model.selectedItems.count, 1)
             const deleteButton = findChild(detail, "deleteButton")
             verify(deleteButton.visible)
-            compare(deleteButton.text, "Move 1 Items to Trash")
 
             mouseClick(findChild(detail, "selectAllButton"))
             compare(model.selectedItems.count, model.activeItems.count)

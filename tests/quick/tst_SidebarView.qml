@@ -57,19 +57,25 @@ Item {
             tryVerify(() => !model.isScanningOrphans && model.orphanedGroups.count > 0, 20000)
             const list = findChild(sidebar, "orphanList")
             tryVerify(() => list.visible)
+            // Each tag shown, with its colour.
             const grades = () => {
                 const seen = {}
                 for (let i = 0; i < list.count; ++i) {
                     list.currentIndex = i
-                    seen[findChild(list.currentItem, "gradeTag").text] = true
+                    const tag = findChild(list.currentItem, "gradeTag")
+                    seen[tag.text] = tag.color
                 }
-                return Object.keys(seen).sort()
+                return seen
             }
-            verify(grades().indexOf("Low") < 0)
+            verify(grades()["Low"] === undefined)
             mouseClick(findChild(sidebar, "uncertainToggle"))
             verify(model.showUncertainMatches)
-            tryVerify(() => grades().length === 3)
-            compare(grades(), ["High", "Low", "Med"])
+            tryVerify(() => Object.keys(grades()).length === 3)
+            const shown = grades()
+            compare(Object.keys(shown).sort(), ["High", "Low", "Med"])
+            verify(Qt.colorEqual(shown["High"], AppTheme.greenText))
+            verify(Qt.colorEqual(shown["Med"], AppTheme.orangeText))
+            verify(Qt.colorEqual(shown["Low"], AppTheme.grayText))
 
             mouseClick(findChild(sidebar, "modeButton0"))
             compare(model.sidebarMode, SidebarMode.Installed)
@@ -103,8 +109,8 @@ Item {
             compare(name.lineCount, 1)
             verify(name.x + name.width <= row.width)
             const badgeRow = createTemporaryObject(orphanRowComponent, root,
-                                                   {displayName: data.name, itemCount: 3, formattedSize: "1 KB",
-                                                    confidence: "Possible leftover", width: 288})
+                                                   {displayName: data.name, summary: "3 items • 1 KB",
+                                                    grade: "medium", gradeTag: "Med", width: 288})
             const orphanName = findChild(badgeRow, "rowName")
             verify(orphanName.truncated)
             verify(findChild(badgeRow, "gradeTag").visible)

@@ -53,20 +53,13 @@ QtObject {
                        : [accentFill, Qt.rgba(0.08, 0.46, 0.42, 1)]
     }
 
-    function confidenceColor(confidence) {
-        if (confidence === "Likely removed app")
-            return green
-        if (confidence === "Possible leftover")
-            return orange
-        return gray
-    }
-    function confidenceTextColor(confidence) {
-        if (confidence === "Likely removed app")
-            return greenText
-        if (confidence === "Possible leftover")
-            return orangeText
-        return grayText
-    }
+    // A removed app's grade by its kind, as the groups name it: "high", "medium" or "uncertain".
+    readonly property var gradeColors: ({high: green, medium: orange, uncertain: gray})
+    readonly property var gradeTextColors: ({high: greenText, medium: orangeText, uncertain: grayText})
+    readonly property var gradeTintOpacities: ({high: 0.18, medium: 0.18, uncertain: 0.16})
+    function gradeColor(grade) { return gradeColors[grade] !== undefined ? gradeColors[grade] : gray }
+    function gradeTextColor(grade) { return gradeTextColors[grade] !== undefined ? gradeTextColors[grade] : grayText }
+    function gradeTintOpacity(grade) { return gradeTintOpacities[grade] !== undefined ? gradeTintOpacities[grade] : 0.16 }
 
     // Platform symbol names drawn with the nearest Material Icons ligature.
     readonly property var symbols: ({

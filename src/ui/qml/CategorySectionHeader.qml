@@ -3,38 +3,25 @@ import QtQuick
 import QtQuick.Controls
 
 // The top of a category's card in the results list: the select-all box with the title, the count and
-// size, and the "System" tag. The list hands a header from one section to another while scrolling,
-// so its height never changes and its parts are placed by anchors, which follow at once.
+// size, and the "System" tag. The first row of a category draws it above itself.
 Item {
     id: header
-    // The section title: a plain property, because Qt 6.4 refills only the context property
-    // `section` when it hands a cached header to another section.
     property string category
-    property var categories
-    signal selectionRequested(string category, bool isSelected)
+    // "3 items • 2 KB"
+    property string summary
+    property bool allSelected
+    property bool systemLevel
+    signal selectionRequested(bool isSelected)
 
-    // A list section only knows its title; the figures come from the categories model, re-read
-    // whenever it changes.
-    property int revision: 0
-    readonly property var info: { revision; return categories ? categories.section(category) : ({}) }
-    readonly property int itemCount: info.itemCount !== undefined ? info.itemCount : 0
-    readonly property bool allSelected: info.selectedCount === itemCount
     readonly property real cardWidth: width - 2 * AppTheme.contentPadding
 
     function requestSelection(isSelected) {
-        selectionRequested(category, isSelected)
+        selectionRequested(isSelected)
         // The box follows the model again once the view model has applied the change.
         toggle.checked = Qt.binding(() => header.allSelected)
     }
 
-    Connections {
-        target: header.categories
-        function onDataChanged() { ++header.revision }
-        function onModelReset() { ++header.revision }
-    }
-
-    width: ListView.view ? ListView.view.width : implicitWidth
-    height: 14 + 22 + 8
+    implicitHeight: 14 + 22 + 8
 
     CardSlice {
         x: AppTheme.contentPadding
@@ -86,7 +73,7 @@ Item {
             anchors.left: title.right; anchors.leftMargin: 8
             anchors.baseline: title.baseline
             width: Math.max(0, Math.min(implicitWidth, parent.width - x - (systemTag.visible ? systemTag.width + 8 : 0)))
-            text: header.itemCount + " items • " + (header.info.formattedSize || "")
+            text: header.summary
             font.pixelSize: AppTheme.subheadline
             color: AppTheme.secondary
             elide: Text.ElideRight
@@ -94,7 +81,7 @@ Item {
         Rectangle {
             id: systemTag
             objectName: "systemTag"
-            visible: header.info.systemLevel === true
+            visible: header.systemLevel
             anchors.left: count.right; anchors.leftMargin: 8
             anchors.verticalCenter: parent.verticalCenter
             width: tagText.implicitWidth + 12

@@ -2,18 +2,19 @@
 import QtQuick
 
 Rectangle {
+    // The grade's label, and its kind ("high", "medium" or "uncertain") for the colours.
     property string confidence
-    readonly property bool uncertain: confidence !== "Likely removed app" && confidence !== "Possible leftover"
+    property string grade
+    readonly property color gradeColor: AppTheme.gradeColor(grade)
     implicitWidth: label.implicitWidth + 16
     implicitHeight: label.implicitHeight + 8
     radius: height / 2
-    color: Qt.rgba(AppTheme.confidenceColor(confidence).r, AppTheme.confidenceColor(confidence).g,
-                   AppTheme.confidenceColor(confidence).b, uncertain ? 0.16 : 0.18)
+    color: Qt.rgba(gradeColor.r, gradeColor.g, gradeColor.b, AppTheme.gradeTintOpacity(grade))
     Text {
         id: label
         anchors.centerIn: parent
         text: confidence
         font.pixelSize: AppTheme.caption2; font.weight: Font.DemiBold
-        color: AppTheme.confidenceTextColor(confidence)
+        color: AppTheme.gradeTextColor(grade)
     }
 }

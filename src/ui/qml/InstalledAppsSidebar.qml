@@ -10,7 +10,7 @@ ColumnLayout {
     SidebarToolbar {
         Layout.fillWidth: true
         title: "Installed Apps"
-        count: sidebar.viewModel.filteredApps.count
+        countText: sidebar.viewModel.shownAppsText
         refreshHelp: "Refresh app list"
         onRefresh: sidebar.viewModel.loadApps()
     }

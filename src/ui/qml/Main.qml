@@ -189,9 +189,7 @@ ApplicationWindow {
         contentItem: Text {
             objectName: "trashMessage"
             wrapMode: Text.Wrap; color: AppTheme.primary; font.pixelSize: AppTheme.body
-            text: window.viewModel.selectedItems.count > 0
-                  ? "This will move " + window.viewModel.selectedItems.count + " items (" + window.viewModel.formattedSelectedTotalSize + ") to the Trash. You'll hear a sound when cleanup finishes."
-                  : "Review the scan results before moving items to the Trash."
+            text: window.viewModel.trashConfirmationText
         }
         // Cancel first, the destructive action last, as the alert orders them.
         footer: RowLayout {

@@ -4,10 +4,12 @@ import QtQuick.Layouts
 
 RowLayout {
     property string displayName
-    property int itemCount
-    property string formattedSize
-    property string confidence
-    readonly property color gradeColor: AppTheme.confidenceColor(confidence)
+    // "3 items • 2 KB"
+    property string summary
+    // The group's grade: "high", "medium" or "uncertain", and its tag.
+    property string grade
+    property string gradeTag
+    readonly property color gradeColor: AppTheme.gradeColor(grade)
     spacing: 12
     Rectangle {
         implicitWidth: 32; implicitHeight: 32; radius: 8
@@ -30,7 +32,7 @@ RowLayout {
             text: displayName; font.pixelSize: AppTheme.body; font.weight: Font.Medium; color: AppTheme.primary
             elide: Text.ElideRight; maximumLineCount: 1
         }
-        Text { text: itemCount + " items • " + formattedSize; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
+        Text { text: summary; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
     }
     Rectangle {
         implicitWidth: tag.implicitWidth + 14; implicitHeight: tag.implicitHeight + 8
@@ -40,8 +42,8 @@ RowLayout {
             id: tag
             objectName: "gradeTag"
             anchors.centerIn: parent
-            text: confidence === "Likely removed app" ? "High" : confidence === "Possible leftover" ? "Med" : "Low"
-            font.pixelSize: AppTheme.caption2; font.bold: true; color: AppTheme.confidenceTextColor(confidence)
+            text: gradeTag
+            font.pixelSize: AppTheme.caption2; font.bold: true; color: AppTheme.gradeTextColor(grade)
         }
     }
 }

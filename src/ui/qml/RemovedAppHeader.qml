@@ -31,6 +31,7 @@ ColumnLayout {
                 id: confidenceBadge
                 anchors.fill: parent
                 confidence: header.group ? header.group.confidence : ""
+                grade: header.group ? header.group.grade : ""
             }
         }
         Item { Layout.fillWidth: true }
@@ -56,7 +57,7 @@ ColumnLayout {
         spacing: 10
         StatPill {
             title: "Total size"
-            value: header.group ? header.group.formattedSize : ""
+            value: header.group ? header.group.formattedTotalSize : ""
             systemImage: "internaldrive"
             onHero: true
         }

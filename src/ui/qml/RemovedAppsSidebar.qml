@@ -10,7 +10,7 @@ ColumnLayout {
     SidebarToolbar {
         Layout.fillWidth: true
         title: "Removed Apps"
-        count: sidebar.viewModel.filteredOrphans.count
+        countText: sidebar.viewModel.shownOrphansText
         refreshHelp: "Rescan Library for leftovers"
         onRefresh: sidebar.viewModel.scanForRemovedApps()
     }
@@ -51,10 +51,7 @@ ColumnLayout {
                     verticalAlignment: Text.AlignVCenter
                 }
                 checked: sidebar.viewModel.showUncertainMatches
-                onToggled: {
-                    sidebar.viewModel.showUncertainMatches = checked
-                    sidebar.viewModel.refreshOrphanSelection()
-                }
+                onToggled: sidebar.viewModel.showUncertainMatches = checked
             }
             Text {
                 Layout.fillWidth: true
@@ -106,14 +103,14 @@ ColumnLayout {
             id: row
             required property string id
             required property string displayName
-            required property int itemCount
-            required property string formattedSize
-            required property string confidence
+            required property string summary
+            required property string grade
+            required property string gradeTag
             rowId: id
             highlighted: sidebar.viewModel.selectedOrphan.id === id
             contentItem: OrphanedAppRowView {
-                displayName: row.displayName; itemCount: row.itemCount
-                formattedSize: row.formattedSize; confidence: row.confidence
+                displayName: row.displayName; summary: row.summary
+                grade: row.grade; gradeTag: row.gradeTag
             }
             onChosen: sidebar.viewModel.selectOrphanById(id)
         }

@@ -138,7 +138,7 @@ Item {
             objectName: "deleteButton"
             visible: detail.viewModel.selectedItems.count > 0
             enabled: !detail.viewModel.isDeleting
-            text: "Move " + detail.viewModel.selectedItems.count + " Items to Trash"
+            text: detail.viewModel.moveToTrashText
             symbol: "trash"
             destructive: true
             onClicked: detail.viewModel.confirmDelete()

@@ -102,39 +102,54 @@ ListView {
 
     section.property: "category"
     section.criteria: ViewSection.FullString
-    section.delegate: CategorySectionHeader {
-        category: section
-        categories: list.viewModel.activeCategories
-        onSelectionRequested: (category, isSelected) => list.viewModel.setCategorySelection(category, isSelected)
-    }
 
     delegate: Item {
         id: slot
         required property string id
         required property string name
         required property string path
+        required property string category
         required property string formattedSize
         required property bool requiresAdmin
         required property bool isSelected
         required property string owner
         required property string howFound
-        // The last row of a category closes its card and keeps the gap to the next one; the headers
-        // are handed between sections, so the gap cannot live in them.
+        required property bool systemLevel
+        required property bool opensSection
+        required property string sectionSummary
+        required property bool sectionAllSelected
+        // The last row of a category closes its card and keeps the gap to the next one.
         readonly property bool closesCard: ListView.nextSection !== ListView.section
         readonly property real gapBelow: closesCard && ListView.nextSection !== "" ? 16 : 0
+        readonly property real headerHeight: opensSection ? sectionHeader.implicitHeight : 0
         width: list.width
-        height: row.implicitHeight + (closesCard ? 6 : 0) + gapBelow
+        height: headerHeight + row.implicitHeight + (closesCard ? 6 : 0) + gapBelow
 
+        // Built only where a category starts: most rows never need one.
+        Loader {
+            id: sectionHeader
+            width: parent.width
+            active: slot.opensSection
+            sourceComponent: CategorySectionHeader {
+                category: slot.category
+                summary: slot.sectionSummary
+                allSelected: slot.sectionAllSelected
+                systemLevel: slot.systemLevel
+                onSelectionRequested: (isSelected) => list.viewModel.setCategorySelection(slot.category, isSelected)
+            }
+        }
         CardSlice {
             x: list.padding
+            y: slot.headerHeight
             width: parent.width - 2 * list.padding
-            height: parent.height - slot.gapBelow
+            height: parent.height - slot.headerHeight - slot.gapBelow
             closesCard: slot.closesCard
         }
         LeftoverRow {
             id: row
             objectName: "leftoverRow"
             x: list.padding + 1
+            y: slot.headerHeight
             width: parent.width - 2 * list.padding - 2
             name: slot.name
             path: slot.path
@@ -148,7 +163,7 @@ ListView {
         Rectangle {
             visible: !slot.closesCard
             x: list.padding + 28
-            y: row.height - 1
+            y: row.y + row.height - 1
             width: parent.width - 2 * list.padding - 28 - 1
             height: 1
             color: Qt.rgba(AppTheme.primary.r, AppTheme.primary.g, AppTheme.primary.b, 0.1)

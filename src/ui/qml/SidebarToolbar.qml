@@ -6,7 +6,7 @@ import QtQuick.Layouts
 Item {
     id: bar
     property string title
-    property int count
+    property string countText
     property string refreshHelp
     signal refresh()
     implicitHeight: row.implicitHeight + 8
@@ -16,7 +16,7 @@ Item {
         ColumnLayout {
             spacing: 2
             Text { text: bar.title; font.pixelSize: AppTheme.headline; font.weight: Font.DemiBold; color: AppTheme.primary }
-            Text { objectName: "countText"; text: bar.count + " shown"; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
+            Text { objectName: "countText"; text: bar.countText; font.pixelSize: AppTheme.caption; color: AppTheme.secondary }
         }
         Item { Layout.fillWidth: true }
         ToolButton {

@@ -26,7 +26,7 @@ Item {
                 Layout.fillWidth: true
                 Text {
                     objectName: "updateTitle"
-                    text: "Update available: v" + (banner.update ? banner.update.version : "")
+                    text: banner.update ? banner.update.title : ""
                     font.pixelSize: AppTheme.subheadline; font.weight: Font.DemiBold; color: AppTheme.primary
                 }
                 Text {
