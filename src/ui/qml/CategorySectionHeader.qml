@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import QtQuick.Controls
+import Kestrune.Core
 
 // The top of a category's card in the results list: the select-all box with the title, the count and
 // size, and the "System" tag. The list hands a header from one section to another while scrolling,
@@ -10,7 +11,7 @@ Item {
     // The section title: a plain property, because Qt 6.4 refills only the context property
     // `section` when it hands a cached header to another section.
     property string category
-    property var categories
+    property CategorySectionListModel categories
     signal selectionRequested(string category, bool isSelected)
 
     // A list section only knows its title; the figures come from the categories model, re-read

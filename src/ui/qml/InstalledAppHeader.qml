@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import QtQuick.Layouts
+import Kestrune.Core
 
 // An installed app's icon, name, path and figures: `hero` on the gradient card, `plain` on a card.
 RowLayout {
     id: header
     enum Style { Hero, Plain }
-    property var app
+    property appValue app
     property int style: InstalledAppHeader.Style.Hero
     readonly property bool hero: style === InstalledAppHeader.Style.Hero
     spacing: 16

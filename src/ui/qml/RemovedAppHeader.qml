@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import QtQuick.Layouts
+import Kestrune.Core
 
 // Sits on the removed-mode gradient card, so its texts are white.
 ColumnLayout {
     id: header
-    property var group
+    property orphanGroupValue group
     spacing: 12
     RowLayout {
         Layout.fillWidth: true

@@ -4,12 +4,13 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import QtQuick.Shapes
 import Kestrune
+import Kestrune.Core
 
 // The detail column: what the sidebar's mode and selection call for. It only reads the state object
 // and calls its actions.
 Item {
     id: detail
-    required property var viewModel
+    required property AppViewModel viewModel
     readonly property bool installedMode: viewModel.sidebarMode === SidebarMode.Installed
 
     Shape {

@@ -2,13 +2,14 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Kestrune.Core
 
 // The scrolling body of a selected app or group: `top` above, then the results, all in one list so
 // that only the visible rows of a large scan are ever built. Each category is one card, drawn in
 // slices by its section header and its rows.
 ListView {
     id: list
-    required property var viewModel
+    required property AppViewModel viewModel
     property Component topContent
     property bool showIntro: false
     property bool isScanning: false
