@@ -151,6 +151,8 @@ Item {
         ScanResultsList {
             objectName: "resultsList"
             viewModel: detail.viewModel
+            onItemToggled: (id) => detail.viewModel.toggleItemSelection(id)
+            onCategorySelectionRequested: (category, isSelected) => detail.viewModel.setCategorySelection(category, isSelected)
             showIntro: true
             isScanning: detail.viewModel.isScanning
             topContent: ColumnLayout {
@@ -203,6 +205,8 @@ Item {
         ScanResultsList {
             objectName: "resultsList"
             viewModel: detail.viewModel
+            onItemToggled: (id) => detail.viewModel.toggleItemSelection(id)
+            onCategorySelectionRequested: (category, isSelected) => detail.viewModel.setCategorySelection(category, isSelected)
             showIntro: false
             isScanning: false
             topContent: ColumnLayout {

@@ -6,13 +6,15 @@ import Kestrune.Core
 
 // The scrolling body of a selected app or group: `top` above, then the results, all in one list so
 // that only the visible rows of a large scan are ever built. Each category is one card, drawn in
-// slices by its section header and its rows.
+// slices by its section header and its rows. Ticks leave as signals for the detail view to apply.
 ListView {
     id: list
     required property AppViewModel viewModel
     property Component topContent
     property bool showIntro: false
     property bool isScanning: false
+    signal itemToggled(string id)
+    signal categorySelectionRequested(string category, bool isSelected)
 
     readonly property bool hasResult: viewModel.activeScanResult.valid
     readonly property bool showsItems: !isScanning && hasResult && viewModel.activeScanResult.itemCount > 0
@@ -106,7 +108,7 @@ ListView {
     section.delegate: CategorySectionHeader {
         category: section
         categories: list.viewModel.activeCategories
-        onSelectionRequested: (category, isSelected) => list.viewModel.setCategorySelection(category, isSelected)
+        onSelectionRequested: (category, isSelected) => list.categorySelectionRequested(category, isSelected)
     }
 
     delegate: Item {
@@ -144,7 +146,7 @@ ListView {
             isSelected: slot.isSelected
             owner: slot.owner
             howFound: slot.howFound
-            onToggle: list.viewModel.toggleItemSelection(slot.id)
+            onToggle: list.itemToggled(slot.id)
         }
         Rectangle {
             visible: !slot.closesCard
