@@ -2,7 +2,6 @@
 #include "KestruneQml.h"
 
 #include "AppIconProvider.h"
-#include "state/AppViewModel.h"
 
 #include <QFontDatabase>
 #include <QQmlEngine>
@@ -12,20 +11,16 @@ namespace KestruneQml {
 
 void prepareEngine(QQmlEngine &engine)
 {
-    // Type registration and fonts are process-wide; engines come and go (one per Qt Quick test).
-    static const bool registered = [] {
-        qmlRegisterTypesAndRevisions<AppViewModel, InstalledAppListModel, OrphanGroupListModel,
-                                     LeftoverItemListModel>("Kestrune", 1);
-        qmlRegisterUncreatableMetaObject(SidebarModes::staticMetaObject, "Kestrune", 1, 0, "SidebarMode",
-                                         QStringLiteral("SidebarMode holds only the modes"));
+    // Fonts and the style are process-wide; engines come and go (one per Qt Quick test).
+    static const bool prepared = [] {
         QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/MaterialIcons-Regular.ttf"));
         // Every control is restyled on the Fusion look the views were drawn in. Left to itself Qt
         // picks the native macOS style on a Mac, which it documents as not customisable.
         QQuickStyle::setStyle(QStringLiteral("Fusion"));
         return true;
     }();
-    Q_UNUSED(registered);
-    // Where the module's QML files live; Qt 6.5 and later search it on their own.
+    Q_UNUSED(prepared);
+    // Where the modules' QML files live; Qt 6.5 and later search it on their own.
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine.addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
 }

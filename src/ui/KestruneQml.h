@@ -3,8 +3,8 @@
 
 class QQmlEngine;
 
-// What every engine that shows the window's views needs: the state types under "Kestrune", the icon
-// font, the "appicon" image provider. The program and the Qt Quick tests share it.
+// What every engine that shows the window's views needs and the QML modules cannot bring: the icon
+// font, the Fusion style, the "appicon" image provider. The program and the Qt Quick tests share it.
 namespace KestruneQml {
 
 void prepareEngine(QQmlEngine &engine);

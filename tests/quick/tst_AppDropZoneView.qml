@@ -12,7 +12,7 @@ Item {
         AppDropZoneView {
             id: zone
             width: 560
-            property var viewModel
+            property AppViewModel viewModel
             isProcessing: viewModel.isDropProcessing
             onAppDropped: (url) => viewModel.handleDroppedApp(url)
         }

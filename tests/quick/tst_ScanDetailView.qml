@@ -74,6 +74,14 @@ Item {
             verify(findChild(detail, "selectAllButton").visible)
             verify(!shownText(detail, "Drop an app to remove completely"), "no drop zone for removed apps")
             verify(named(detail, "introPanel").length === 0)
+
+            // The group's rows and boxes tick as the app's do.
+            detail.viewModel.deselectAll()
+            mouseClick(named(detail, "categoryToggle")[0])
+            tryVerify(() => detail.viewModel.selectedItems.count > 0)
+            const ticked = detail.viewModel.selectedItems.count
+            mouseClick(named(detail, "leftoverRow")[0])
+            compare(detail.viewModel.selectedItems.count, ticked - 1)
         }
 
         function test_scanSelectAndTick() {

@@ -3,10 +3,11 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import Kestrune
+import Kestrune.Core
 
 ApplicationWindow {
     id: window
-    required property var viewModel
+    required property AppViewModel viewModel
     width: 1180
     height: 760
     minimumWidth: 980

@@ -2,10 +2,11 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Kestrune.Core
 
 ColumnLayout {
     id: sidebar
-    required property var viewModel
+    required property AppViewModel viewModel
     spacing: 0
     SidebarToolbar {
         Layout.fillWidth: true

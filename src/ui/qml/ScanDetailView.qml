@@ -4,12 +4,13 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import QtQuick.Shapes
 import Kestrune
+import Kestrune.Core
 
 // The detail column: what the sidebar's mode and selection call for. It only reads the state object
 // and calls its actions.
 Item {
     id: detail
-    required property var viewModel
+    required property AppViewModel viewModel
     readonly property bool installedMode: viewModel.sidebarMode === SidebarMode.Installed
 
     Shape {
@@ -150,6 +151,8 @@ Item {
         ScanResultsList {
             objectName: "resultsList"
             viewModel: detail.viewModel
+            onItemToggled: (id) => detail.viewModel.toggleItemSelection(id)
+            onCategorySelectionRequested: (category, isSelected) => detail.viewModel.setCategorySelection(category, isSelected)
             showIntro: true
             isScanning: detail.viewModel.isScanning
             topContent: ColumnLayout {
@@ -202,6 +205,8 @@ Item {
         ScanResultsList {
             objectName: "resultsList"
             viewModel: detail.viewModel
+            onItemToggled: (id) => detail.viewModel.toggleItemSelection(id)
+            onCategorySelectionRequested: (category, isSelected) => detail.viewModel.setCategorySelection(category, isSelected)
             showIntro: false
             isScanning: false
             topContent: ColumnLayout {

@@ -2,16 +2,19 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Kestrune.Core
 
 // The scrolling body of a selected app or group: `top` above, then the results, all in one list so
 // that only the visible rows of a large scan are ever built. Each category is one card, drawn in
-// slices by its section header and its rows.
+// slices by its section header and its rows. Ticks leave as signals for the detail view to apply.
 ListView {
     id: list
-    required property var viewModel
+    required property AppViewModel viewModel
     property Component topContent
     property bool showIntro: false
     property bool isScanning: false
+    signal itemToggled(string id)
+    signal categorySelectionRequested(string category, bool isSelected)
 
     readonly property bool hasResult: viewModel.activeScanResult.valid
     readonly property bool showsItems: !isScanning && hasResult && viewModel.activeScanResult.itemCount > 0
@@ -135,7 +138,7 @@ ListView {
                 summary: slot.sectionSummary
                 allSelected: slot.sectionAllSelected
                 systemLevel: slot.systemLevel
-                onSelectionRequested: (isSelected) => list.viewModel.setCategorySelection(slot.category, isSelected)
+                onSelectionRequested: (isSelected) => list.categorySelectionRequested(slot.category, isSelected)
             }
         }
         CardSlice {
@@ -158,7 +161,7 @@ ListView {
             isSelected: slot.isSelected
             owner: slot.owner
             howFound: slot.howFound
-            onToggle: list.viewModel.toggleItemSelection(slot.id)
+            onToggle: list.itemToggled(slot.id)
         }
         Rectangle {
             visible: !slot.closesCard

@@ -3,10 +3,11 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import Kestrune
+import Kestrune.Core
 
 Rectangle {
     id: sidebar
-    required property var viewModel
+    required property AppViewModel viewModel
     color: AppTheme.sidebarBackground
     ColumnLayout {
         anchors.fill: parent

@@ -2,10 +2,11 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Kestrune.Core
 
 Item {
     id: banner
-    property var update
+    property updateValue update
     signal download()
     signal dismiss()
     implicitHeight: box.height + 14

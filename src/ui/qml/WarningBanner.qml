@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 import QtQuick.Layouts
+import Kestrune.Core
 
 // What the last move to the Trash left behind: the first five failures only, uncounted beyond that.
 Rectangle {
     id: banner
-    property var report
+    property deletionReportValue report
     property string title: "Some items could not be removed"
     implicitHeight: column.implicitHeight + 28
     radius: AppTheme.cornerRadiusMedium
