@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs, builds, writes a sample Mac and runs the program on it: the window where a display exists,
-# otherwise the command line and the window's screenshot tour.
+# otherwise the command line and pictures of the window.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/install-deps.sh
@@ -20,10 +20,11 @@ if [ "$(uname -s)" != Darwin ] && [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPL
     "${cli[@]}" scan "Acme Notes"
     "${cli[@]}" orphans
     shots="${TMPDIR:-/tmp}/kestrune-screenshots"
-    QT_QPA_PLATFORM=offscreen "$window" "${where[@]}" --screenshot "$shots"
+    screenshots=./build/tools/screenshot_tour/kestrune-screenshots
+    QT_QPA_PLATFORM=offscreen "$screenshots" "${where[@]}" "$shots"
     # The same views under a dark desktop scheme, given as a desktop gives it (the qt6ct theme).
     QT_QPA_PLATFORM=offscreen QT_QPA_PLATFORMTHEME=qt6ct XDG_CONFIG_HOME="$PWD/build/tests/dark-desktop" \
-        "$window" "${where[@]}" --screenshot "$shots"
+        "$screenshots" "${where[@]}" "$shots"
     echo "Screenshots of the window: $shots"
 else
     exec "$window" "${where[@]}"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "AppIconProvider.h"
 #include "KestruneQml.h"
-#include "ScreenshotTour.h"
 #include "platform/FileSystemLayout.h"
 #include "services/UpdateCheckService.h"
 #include "state/AppViewModel.h"
@@ -59,12 +58,6 @@ void installMenuBar(QMenuBar &bar, AppViewModel &viewModel)
 
 int main(int argc, char *argv[])
 {
-    // Pictures need no display: unless a platform is named, the tour draws off screen.
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray argument(argv[i]);
-        if ((argument == "--screenshot" || argument.startsWith("--screenshot=")) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
     Application application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Kestrune"));
     QGuiApplication::setApplicationVersion(UpdateCheckService::currentVersion());
@@ -79,8 +72,7 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     const QCommandLineOption root(QStringLiteral("root"), QStringLiteral("The folder that stands for \"/\"."), QStringLiteral("DIR"), QStringLiteral("/"));
     const QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The user's home folder."), QStringLiteral("DIR"), QDir::homePath());
-    const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Walk the window through its views, save a picture of each into DIR and quit."), QStringLiteral("DIR"));
-    parser.addOptions({root, home, screenshot});
+    parser.addOptions({root, home});
     parser.process(application);
     for (const QCommandLineOption *folder : {&root, &home}) {
         if (parser.isSet(*folder) && !QFileInfo(parser.value(*folder)).isDir()) {
@@ -92,7 +84,7 @@ int main(int argc, char *argv[])
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
-    AppViewModel viewModel(parser.isSet(screenshot) ? ScreenshotTour::idleServices() : AppViewModelServices());
+    AppViewModel viewModel;
     QQmlApplicationEngine engine;
     KestruneQml::prepareEngine(engine);
     engine.setInitialProperties({{QStringLiteral("viewModel"), QVariant::fromValue(&viewModel)}});
@@ -104,7 +96,5 @@ int main(int argc, char *argv[])
     QMenuBar menuBar;
     installMenuBar(menuBar, viewModel);
 #endif
-    if (parser.isSet(screenshot))
-        ScreenshotTour::start(engine, parser.value(screenshot));
     return QGuiApplication::exec();
 }
