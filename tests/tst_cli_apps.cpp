@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+
 using TestSupport::runCli;
 using TestSupport::Run;
 
@@ -32,6 +34,41 @@ private Q_SLOTS:
                                                   {"size", apps[1][u"size"]}, {"formattedSize", "2 KB"}}));
         QCOMPARE(apps[0].toObject(), (QJsonObject{{"id", anon}, {"path", anon}, {"name", "anon"}, {"bundleIdentifier", QJsonValue::Null},
                                                   {"size", 10}, {"formattedSize", "10 bytes"}}));
+    }
+
+    // Table columns line up by the width a terminal draws, not by the count of UTF-16 units; the count
+    // agrees with its noun.
+    void appsTable_data()
+    {
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QList<int>>("widths"); // terminal columns of each name
+        QTest::addColumn<QString>("summary");
+        QTest::newRow("one app") << QStringList{"Solo"} << QList<int>{4} << "1 app";
+        QTest::newRow("wide, emoji, combining") << QStringList{"Go", QStringLiteral("メモ帳"), QStringLiteral("😀 Smile"), QStringLiteral("Cafe\u0301")}
+                                                << QList<int>{2, 6, 8, 4} << "4 apps";
+    }
+    void appsTable()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(QList<int>, widths);
+        QFETCH(QString, summary);
+        QTemporaryDir dir;
+        for (qsizetype index = 0; index < names.size(); ++index)
+            TestSupport::writeApp(dir.path() + QStringLiteral("/Applications/%1.app").arg(index), names[index], QStringLiteral("com.example.a%1").arg(index));
+        TestSupport::makeFolder(dir.path() + QStringLiteral("/home"));
+        const Run result = runCli({QStringLiteral("--root"), dir.path(), QStringLiteral("--home"), dir.path() + QStringLiteral("/home"), QStringLiteral("apps")});
+        QCOMPARE(result.exitCode, 0);
+        const QStringList lines = QString::fromUtf8(result.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), names.size() + 1);
+        QCOMPARE(lines.constLast(), summary);
+        const int column = *std::max_element(widths.cbegin(), widths.cend()) + 2;
+        for (qsizetype index = 0; index < names.size(); ++index) {
+            const auto line = std::find_if(lines.cbegin(), lines.cend(), [&](const QString &text) { return text.startsWith(names[index]); });
+            QVERIFY(line != lines.cend());
+            const QString after = line->mid(names[index].size());
+            const qsizetype padding = std::find_if(after.cbegin(), after.cend(), [](QChar c) { return c != u' '; }) - after.cbegin();
+            QVERIFY2(widths[index] + padding == column, qPrintable(*line));
+        }
     }
 
     // Sizes and --limit through the command are tst_filesizecalculator's unreadable-folder and

@@ -32,7 +32,7 @@ int apps(const QStringList &arguments)
     for (const InstalledApp &app : apps)
         rows.append({app.name, app.formattedSize(), app.bundleIdentifier.value_or(QStringLiteral("-")), app.bundlePath()});
     CliSupport::printTable(rows);
-    CliSupport::printLine(QStringLiteral("%1 apps").arg(apps.size()));
+    CliSupport::printLine(CliSupport::countText(apps.size(), QStringLiteral("app"), QStringLiteral("apps")));
     return 0;
 }
 

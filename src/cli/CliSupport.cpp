@@ -3,6 +3,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +11,9 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <fcntl.h>
+#include <locale.h>
 #include <mutex>
 #include <thread>
 #include <unistd.h>
@@ -160,32 +163,82 @@ int finish(int code)
     return 1;
 }
 
+namespace {
+
+// wcwidth answers by the LC_CTYPE locale, and in the "C" locale no character beyond ASCII is printable.
+// Display width does not depend on the user's language, so it is asked of a UTF-8 locale whatever the
+// environment says.
+locale_t utf8Ctype()
+{
+    static const locale_t locale = [] {
+        locale_t found = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t(nullptr));
+        return found != locale_t(nullptr) ? found : ::newlocale(LC_CTYPE_MASK, "en_US.UTF-8", locale_t(nullptr));
+    }();
+    return locale;
+}
+
+qsizetype clusterWidth(QStringView cluster)
+{
+    int width = 0;
+    for (const char32_t c : cluster.toUcs4()) {
+        // U+FE0F asks for the emoji presentation, which terminals draw two columns wide.
+        const int columns = c == 0xFE0F ? 2 : ::wcwidth(wchar_t(c));
+        width = std::max(width, columns < 0 ? 1 : columns);
+    }
+    return width;
+}
+
+QString padded(const QString &cell, qsizetype width)
+{
+    return cell + QString(std::max<qsizetype>(0, width - displayWidth(cell)), u' ');
+}
+
+} // namespace
+
+qsizetype displayWidth(const QString &text)
+{
+    if (std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x7F; }))
+        return text.size();
+    const locale_t previous = ::uselocale(utf8Ctype());
+    qsizetype width = 0;
+    QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, text);
+    for (qsizetype start = 0, end = clusters.toNextBoundary(); end != -1; start = end, end = clusters.toNextBoundary())
+        width += clusterWidth(QStringView(text).sliced(start, end - start));
+    ::uselocale(previous);
+    return width;
+}
+
 void printTable(const QList<QStringList> &rows)
 {
     QList<QStringList> safeRows;
     safeRows.reserve(rows.size());
+    QList<qsizetype> widths;
     for (const QStringList &row : rows) {
         QStringList safe;
-        for (const QString &cell : row)
+        for (const QString &cell : row) {
             safe.append(terminalSafe(cell));
-        safeRows.append(safe);
-    }
-    QList<qsizetype> widths;
-    for (const QStringList &row : std::as_const(safeRows)) {
-        for (qsizetype column = 0; column < row.size(); ++column) {
-            if (widths.size() <= column)
+            if (widths.size() < safe.size())
                 widths.append(0);
-            widths[column] = std::max(widths[column], row[column].size());
+            widths[safe.size() - 1] = std::max(widths[safe.size() - 1], displayWidth(safe.constLast()));
         }
+        safeRows.append(safe);
     }
     for (const QStringList &row : std::as_const(safeRows)) {
         QString line;
-        for (qsizetype column = 0; column < row.size(); ++column) {
-            const bool last = column + 1 == row.size();
-            line += last ? row[column] : row[column].leftJustified(widths[column]) + QStringLiteral("  ");
-        }
-        printLine(line);
+        for (qsizetype column = 0; column + 1 < row.size(); ++column)
+            line += padded(row[column], widths[column]) + QStringLiteral("  ");
+        printLine(line + row.value(row.size() - 1));
     }
+}
+
+QString countText(qsizetype count, const QString &singular, const QString &plural)
+{
+    return QString::number(count) + QLatin1Char(' ') + (count == 1 ? singular : plural);
+}
+
+QString itemCountText(qsizetype count)
+{
+    return countText(count, QStringLiteral("item"), QStringLiteral("items"));
 }
 
 void printUsage(FILE *stream)

@@ -30,9 +30,17 @@ void printJson(const QJsonObject &object);
 void printLine(const QString &text);
 void printError(const QString &text);
 
-// Rows of cells printed with each column padded to its widest cell; the last column is not padded.
-// Every cell is made terminalSafe, line breaks included.
+// The columns a terminal gives text: wide (East Asian) characters and emoji take two, combining marks
+// none, a grapheme cluster no more than its widest character.
+[[nodiscard]] qsizetype displayWidth(const QString &text);
+
+// Rows of cells printed with each column padded to its widest cell by display width; the last column is
+// not padded. Every cell is made terminalSafe, line breaks included.
 void printTable(const QList<QStringList> &rows);
+
+// "1 item", "2 items": the count with the word that agrees with it.
+[[nodiscard]] QString countText(qsizetype count, const QString &singular, const QString &plural);
+[[nodiscard]] QString itemCountText(qsizetype count);
 
 // A closed standard stream would be handed to the next file opened, and output or messages would land
 // in that file: each closed one is pointed at the null device. False when standard output was closed.

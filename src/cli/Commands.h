@@ -26,7 +26,5 @@ int checkUpdate(const QStringList &arguments);
 [[nodiscard]] std::optional<InstalledApp> resolveApp(const QString &target, QString *error);
 // Shared by orphans and remove: the removed-app group with this id from a fresh scan.
 [[nodiscard]] std::optional<OrphanedAppGroup> findOrphanGroup(const QString &id, QString *error);
-// Shared by remove and restore: "1 item", "2 items".
-[[nodiscard]] QString itemCountText(qsizetype count);
 
 } // namespace Commands

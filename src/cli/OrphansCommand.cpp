@@ -56,9 +56,12 @@ int orphans(const QStringList &arguments)
         printGroup(group);
         CliSupport::printLine(QString());
     }
-    QString summary = QStringLiteral("%1 removed apps with leftovers").arg(groups.size());
-    if (hidden > 0)
-        summary += QStringLiteral(" (%1 uncertain matches hidden; --all shows them)").arg(hidden);
+    QString summary = CliSupport::countText(groups.size(), QStringLiteral("removed app"), QStringLiteral("removed apps"))
+        + QStringLiteral(" with leftovers");
+    if (hidden > 0) {
+        summary += QStringLiteral(" (%1 hidden, shown with --all)")
+                       .arg(CliSupport::countText(hidden, QStringLiteral("uncertain match"), QStringLiteral("uncertain matches")));
+    }
     CliSupport::printLine(summary);
     return 0;
 }

@@ -40,7 +40,7 @@ void printList(const QList<LeftoverItem> &items, bool toStderr)
 bool confirmed(const QList<LeftoverItem> &items)
 {
     const QByteArray prompt = QStringLiteral("Move %1 (%2) to the Trash? [y/N] ")
-                                  .arg(itemCountText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
+                                  .arg(CliSupport::itemCountText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
                                   .toUtf8();
     std::fflush(stdout);
     std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
@@ -80,11 +80,6 @@ QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QL
 }
 
 } // namespace
-
-QString itemCountText(qsizetype count)
-{
-    return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
-}
 
 int remove(const QStringList &arguments)
 {
@@ -157,7 +152,7 @@ int remove(const QStringList &arguments)
             printList(ordered, false);
             printKept(kept, false);
             CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
-                                      .arg(itemCountText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
+                                      .arg(CliSupport::itemCountText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
         }
         return 0;
     }
@@ -196,11 +191,11 @@ int remove(const QStringList &arguments)
             rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
         CliSupport::printTable(rows);
         CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
-                                  .arg(itemCountText(report.deleted.size()), ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
+                                  .arg(CliSupport::itemCountText(report.deleted.size()), ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
     }
     if (!report.failed.isEmpty()) {
         CliSupport::printError(QStringLiteral("kestrune-cli remove: %1 could not be moved to the Trash")
-                                   .arg(itemCountText(report.failed.size())));
+                                   .arg(CliSupport::itemCountText(report.failed.size())));
         return 1;
     }
     return 0;

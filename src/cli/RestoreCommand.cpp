@@ -53,10 +53,10 @@ int restore(const QStringList &arguments)
         for (const auto &[item, message] : report.failed)
             rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message});
         CliSupport::printTable(rows);
-        CliSupport::printLine(QStringLiteral("Put back %1.").arg(itemCountText(report.restored.size())));
+        CliSupport::printLine(QStringLiteral("Put back %1.").arg(CliSupport::itemCountText(report.restored.size())));
     }
     if (!report.failed.isEmpty()) {
-        CliSupport::printError(QStringLiteral("kestrune-cli restore: %1 could not be put back").arg(itemCountText(report.failed.size())));
+        CliSupport::printError(QStringLiteral("kestrune-cli restore: %1 could not be put back").arg(CliSupport::itemCountText(report.failed.size())));
         return 1;
     }
     return 0;

@@ -53,9 +53,9 @@ void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
     CliSupport::printLine(QString());
     const qsizetype claimed = std::count_if(result.items.cbegin(), result.items.cend(),
                                             [](const LeftoverItem &item) { return item.claimedBy.has_value(); });
-    QString summary = QStringLiteral("%1 items, %2").arg(result.items.size()).arg(result.formattedTotalSize());
+    QString summary = CliSupport::itemCountText(result.items.size()) + QStringLiteral(", ") + result.formattedTotalSize();
     if (claimed > 0)
-        summary += QStringLiteral("; %1 marked ! belong to other apps or macOS and are kept by remove").arg(claimed);
+        summary += QStringLiteral("; remove keeps the %1 marked !, which other apps or macOS own").arg(CliSupport::itemCountText(claimed));
     CliSupport::printLine(summary);
 }
 
