@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace CliSupport {
 
@@ -49,11 +50,14 @@ void printTable(const QList<QStringList> &rows);
 // standard output failed (a full disk, a closed pipe end).
 [[nodiscard]] int finish(int code);
 
-// Parses a command's own options. On --help prints usage and exits 0; on an unknown option or a wrong
-// number of positional arguments prints the message and usage to stderr and returns false (exit 2).
-[[nodiscard]] bool parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
-                         int minimumPositional, int maximumPositional);
-void printUsage(FILE *stream);
+// Parses a command's own options after adding --help. Returns the exit code when the command is to stop
+// here: 0 once --help has printed the command's help, 2 after a usage error.
+[[nodiscard]] std::optional<int> parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
+                                       int minimumPositional, int maximumPositional);
+// The help of the global options and the list of commands; command is empty for the program's own.
+void printHelp(const QCommandLineParser &parser, const QString &command = QString());
+// One line naming the mistake, and where to read the usage; returns the usage error's exit code, 2.
+[[nodiscard]] int usageError(const QString &command, const QString &message);
 
 // Runs work; on a terminal (never in JSON mode, never on a pipe) shows "text" with the elapsed time on
 // stderr once it has taken longer than a moment, and clears the line at the end.

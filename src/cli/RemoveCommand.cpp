@@ -84,20 +84,22 @@ QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QL
 int remove(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption orphan(QStringLiteral("orphan"), QString(), QStringLiteral("ID"));
-    const QCommandLineOption dryRun(QStringLiteral("dry-run"));
-    const QCommandLineOption yes(QStringLiteral("yes"));
-    const QCommandLineOption json(QStringLiteral("json"));
-    const QCommandLineOption includeClaimed(QStringLiteral("include-claimed"));
-    parser.addOptions({orphan, dryRun, yes, json, includeClaimed});
-    if (!CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
-        return 2;
+    parser.addPositionalArgument(QStringLiteral("TARGET"), Commands::targetHelp(), QStringLiteral("[TARGET]"));
+    const QCommandLineOption orphan(QStringLiteral("orphan"), QStringLiteral("Remove the leftovers of the removed app with this id, "
+                                                                             "as orphans lists it, instead of TARGET."),
+                                    QStringLiteral("ID"));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("List what would move and move nothing."));
+    const QCommandLineOption yes(QStringLiteral("yes"), QStringLiteral("Move without asking."));
+    const QCommandLineOption includeClaimed(QStringLiteral("include-claimed"),
+                                           QStringLiteral("Move the items another app or macOS owns too."));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
+    parser.addOptions({orphan, dryRun, yes, includeClaimed, json});
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
+        return *stop;
     const bool byGroup = parser.isSet(orphan);
     if (byGroup == !parser.positionalArguments().isEmpty()) {
-        CliSupport::printError(byGroup ? QStringLiteral("kestrune-cli remove: give either TARGET or --orphan ID, not both")
-                                       : QStringLiteral("kestrune-cli remove: missing TARGET or --orphan ID"));
-        CliSupport::printUsage(stderr);
-        return 2;
+        return CliSupport::usageError(QStringLiteral("remove"), byGroup ? QStringLiteral("give either TARGET or --orphan ID, not both")
+                                                                        : QStringLiteral("missing TARGET or --orphan ID"));
     }
     const bool asJson = parser.isSet(json);
     const bool isDryRun = parser.isSet(dryRun);
@@ -106,9 +108,8 @@ int remove(const QStringList &arguments)
     // before the scan, so a script learns it at once.
     const bool mustConfirm = !isDryRun && !parser.isSet(yes);
     if (mustConfirm && !::isatty(STDIN_FILENO)) {
-        CliSupport::printError(QStringLiteral("kestrune-cli remove: no terminal to confirm on; pass --yes to move the items "
-                                              "to the Trash, or --dry-run to list them"));
-        return 2;
+        return CliSupport::usageError(QStringLiteral("remove"), QStringLiteral("no terminal to confirm on; pass --yes to move the items "
+                                                                               "to the Trash, or --dry-run to list them"));
     }
 
     QList<LeftoverItem> items;

@@ -15,10 +15,12 @@ namespace Commands {
 int restore(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addPositionalArgument(QStringLiteral("PATH"), QStringLiteral("Where an item was before it went to the Trash."),
+                                 QStringLiteral("PATH..."));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of a table."));
     parser.addOption(json);
-    if (!CliSupport::parse(parser, QStringLiteral("restore"), arguments, 1, std::numeric_limits<int>::max()))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("restore"), arguments, 1, std::numeric_limits<int>::max()))
+        return *stop;
     const bool asJson = parser.isSet(json);
 
     // The Trash records where an item came from, not what it was: every item is of the "other" kind.

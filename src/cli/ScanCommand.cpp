@@ -105,11 +105,12 @@ std::optional<InstalledApp> resolveApp(const QString &target, QString *error)
 int scan(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
-    const QCommandLineOption why(QStringLiteral("why"));
+    parser.addPositionalArgument(QStringLiteral("TARGET"), targetHelp());
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
+    const QCommandLineOption why(QStringLiteral("why"), QStringLiteral("Show how each item was found."));
     parser.addOptions({json, why});
-    if (!CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
+        return *stop;
     const bool asJson = parser.isSet(json);
     const QString target = parser.positionalArguments().constFirst();
 

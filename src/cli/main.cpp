@@ -28,23 +28,22 @@ int main(int argc, char *argv[])
     // Global options stop at the command's name; everything after it belongs to the command.
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    const QCommandLineOption root(QStringLiteral("root"), QString(), QStringLiteral("DIR"), QStringLiteral("/"));
-    const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("DIR"), QDir::homePath());
-    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    const QCommandLineOption version(QStringLiteral("version"));
+    const QCommandLineOption root(QStringLiteral("root"), QStringLiteral("The folder that stands for \"/\" (default \"/\")."),
+                                  QStringLiteral("DIR"), QStringLiteral("/"));
+    const QCommandLineOption home(QStringLiteral("home"), QStringLiteral("The user's home folder (default $HOME)."),
+                                  QStringLiteral("DIR"), QDir::homePath());
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    const QCommandLineOption version(QStringLiteral("version"), QStringLiteral("Show the program's version."));
     parser.addOptions({root, home, help, version});
     // Not QCoreApplication::arguments(): it turns bytes that are not UTF-8 into U+FFFD, and such a path
     // could then not be found.
     QStringList arguments;
     for (int index = 0; index < argc; ++index)
         arguments.append(NativePath::decode(argv[index], qsizetype(std::strlen(argv[index]))));
-    if (!parser.parse(arguments)) {
-        CliSupport::printError(QStringLiteral("kestrune-cli: ") + parser.errorText());
-        CliSupport::printUsage(stderr);
-        return 2;
-    }
+    if (!parser.parse(arguments))
+        return CliSupport::usageError(QString(), parser.errorText());
     if (parser.isSet(help)) {
-        CliSupport::printUsage(stdout);
+        CliSupport::printHelp(parser);
         return CliSupport::finish(0);
     }
     if (parser.isSet(version)) {
@@ -53,20 +52,16 @@ int main(int argc, char *argv[])
     }
     for (const QCommandLineOption *folder : {&root, &home}) {
         if (parser.isSet(*folder) && !QFileInfo(parser.value(*folder)).isDir()) {
-            CliSupport::printError(QStringLiteral("kestrune-cli: --%1: \"%2\" is not a folder")
-                                       .arg(folder->names().constFirst(), parser.value(*folder)));
-            return 2;
+            return CliSupport::usageError(QString(), QStringLiteral("--%1: \"%2\" is not a folder")
+                                                         .arg(folder->names().constFirst(), parser.value(*folder)));
         }
     }
     FileSystemLayout::setRoot(parser.value(root));
     FileSystemLayout::setHome(parser.value(home));
 
     QStringList rest = parser.positionalArguments();
-    if (rest.isEmpty()) {
-        CliSupport::printError(QStringLiteral("kestrune-cli: missing command"));
-        CliSupport::printUsage(stderr);
-        return 2;
-    }
+    if (rest.isEmpty())
+        return CliSupport::usageError(QString(), QStringLiteral("missing command"));
     const QString command = rest.takeFirst();
     static const std::map<QString, std::function<int(const QStringList &)>> commands = {
         {QStringLiteral("apps"), Commands::apps},
@@ -78,10 +73,7 @@ int main(int argc, char *argv[])
         {QStringLiteral("check-update"), Commands::checkUpdate},
     };
     const auto found = commands.find(command);
-    if (found == commands.end()) {
-        CliSupport::printError(QStringLiteral("kestrune-cli: unknown command \"%1\"").arg(command));
-        CliSupport::printUsage(stderr);
-        return 2;
-    }
+    if (found == commands.end())
+        return CliSupport::usageError(QString(), QStringLiteral("unknown command \"%1\"").arg(command));
     return CliSupport::finish(found->second(rest));
 }
