@@ -54,7 +54,8 @@ void printTable(const QList<QStringList> &rows);
 // here: 0 once --help has printed the command's help, 2 after a usage error.
 [[nodiscard]] std::optional<int> parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
                                        int minimumPositional, int maximumPositional);
-// The help of the global options and the list of commands; command is empty for the program's own.
+// The parser's descriptions of its options under the usage line of command, or of the program itself when
+// command is empty, which adds the list of commands.
 void printHelp(const QCommandLineParser &parser, const QString &command = QString());
 // One line naming the mistake, and where to read the usage; returns the usage error's exit code, 2.
 [[nodiscard]] int usageError(const QString &command, const QString &message);
