@@ -55,7 +55,7 @@ void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
                                             [](const LeftoverItem &item) { return item.claimedBy.has_value(); });
     QString summary = CliSupport::itemCountText(result.items.size()) + QStringLiteral(", ") + result.formattedTotalSize();
     if (claimed > 0)
-        summary += QStringLiteral("; remove keeps the %1 marked !, which other apps or macOS own").arg(CliSupport::itemCountText(claimed));
+        summary += QStringLiteral("; remove keeps %1 marked ! (owned by another app or macOS)").arg(CliSupport::itemCountText(claimed));
     CliSupport::printLine(summary);
 }
 
