@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTest>
@@ -132,6 +134,14 @@ Run runProgram(const QString &program, const QStringList &arguments, bool unpriv
 }
 
 Run runCli(const QStringList &arguments, bool unprivileged) { return runProgram(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), arguments, unprivileged); }
+
+QStringList jsonPaths(const QJsonValue &items)
+{
+    QStringList paths;
+    for (const QJsonValue &entry : items.toArray())
+        paths.append((entry[QStringLiteral("item")].isObject() ? entry[QStringLiteral("item")] : entry)[QStringLiteral("path")].toString());
+    return paths;
+}
 
 QByteArray readBytes(const QString &path)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonValue>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -55,6 +56,8 @@ struct Run { int exitCode = -1; QByteArray out; QByteArray err; };
 [[nodiscard]] Run runProgram(const QString &program, const QStringList &arguments, bool unprivileged = false);
 // The built kestrune-cli.
 [[nodiscard]] Run runCli(const QStringList &arguments, bool unprivileged = false);
+// Paths of a JSON list of items, or of failures through their "item", as the command line reports them.
+[[nodiscard]] QStringList jsonPaths(const QJsonValue &items);
 
 // One record of a freedesktop Trash: the name under files/ and the raw path it restores to.
 struct Trashed { QString name; QByteArray originalPath; };

@@ -4,8 +4,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 using TestSupport::runCli;
 using TestSupport::Run;
@@ -34,31 +37,101 @@ private Q_SLOTS:
                                                   {"size", 10}, {"formattedSize", "10 bytes"}}));
     }
 
-    // Sizes and --limit through the command are tst_filesizecalculator's unreadable-folder and
-    // bind-mount cases.
-    void sizeOfNothingFails()
+    // Table columns line up by the width a terminal draws, not by the count of UTF-16 units; the count
+    // agrees with its noun.
+    void appsTable_data()
     {
-        const Run result = runCli({QStringLiteral("size"), m_dir.path() + QStringLiteral("/nothing-here")});
-        QVERIFY(result.exitCode == 1 && !result.err.isEmpty());
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QList<int>>("widths"); // terminal columns of each name
+        QTest::addColumn<QString>("summary");
+        QTest::newRow("one app") << QStringList{"Solo"} << QList<int>{4} << "1 app";
+        QTest::newRow("wide, emoji, combining") << QStringList{"Go", QStringLiteral("メモ帳"), QStringLiteral("😀 Smile"), QStringLiteral("Cafe\u0301")}
+                                                << QList<int>{2, 6, 8, 4} << "4 apps";
+    }
+    void appsTable()
+    {
+        QFETCH(QStringList, names);
+        QFETCH(QList<int>, widths);
+        QFETCH(QString, summary);
+        QTemporaryDir dir;
+        for (qsizetype index = 0; index < names.size(); ++index)
+            TestSupport::writeApp(dir.path() + QStringLiteral("/Applications/%1.app").arg(index), names[index], QStringLiteral("com.example.a%1").arg(index));
+        TestSupport::makeFolder(dir.path() + QStringLiteral("/home"));
+        const Run result = runCli({QStringLiteral("--root"), dir.path(), QStringLiteral("--home"), dir.path() + QStringLiteral("/home"), QStringLiteral("apps")});
+        QCOMPARE(result.exitCode, 0);
+        const QString out = QLatin1Char('\n') + QString::fromUtf8(result.out);
+        QVERIFY2(out.endsWith(QLatin1Char('\n') + summary + QLatin1Char('\n')), qPrintable(out));
+        // Each name is followed by enough spaces to start the next column at the same terminal column.
+        const int column = *std::max_element(widths.cbegin(), widths.cend()) + 2;
+        for (qsizetype index = 0; index < names.size(); ++index) {
+            const QRegularExpression row(QStringLiteral("\n%1 {%2}\\S").arg(QRegularExpression::escape(names[index])).arg(column - widths[index]));
+            QVERIFY2(out.contains(row), qPrintable(names[index] + out));
+        }
     }
 
-    // One row per kind of refusal the parser makes.
-    void usageErrors_data()
+    // A usage error is one line and a hint where help is to be had; other refusals say only what is wrong.
+    void refusals_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("unknown command") << QStringList{QStringLiteral("frobnicate")};
-        QTest::newRow("no command") << QStringList{};
-        QTest::newRow("unknown flag") << QStringList{QStringLiteral("apps"), QStringLiteral("--jsn")};
-        QTest::newRow("extra argument") << QStringList{QStringLiteral("apps"), QStringLiteral("extra")};
-        QTest::newRow("missing argument") << QStringList{QStringLiteral("size")};
-        QTest::newRow("bad limit") << QStringList{QStringLiteral("size"), QStringLiteral("/"), QStringLiteral("--limit"), QStringLiteral("-1")};
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("hint"); // the second line of stderr, for usage errors
+        const QString global = QStringLiteral("Try 'kestrune-cli --help'."), apps = QStringLiteral("Try 'kestrune-cli apps --help'."),
+                      size = QStringLiteral("Try 'kestrune-cli size --help'.");
+        QTest::newRow("unknown command") << QStringList{"frobnicate"} << 2 << global;
+        QTest::newRow("no command") << QStringList{} << 2 << global;
+        QTest::newRow("root not a folder") << QStringList{"--root", "/dev/null", "apps"} << 2 << global;
+        QTest::newRow("unknown flag") << QStringList{"apps", "--jsn"} << 2 << apps;
+        QTest::newRow("extra argument") << QStringList{"apps", "extra"} << 2 << apps;
+        QTest::newRow("missing argument") << QStringList{"size"} << 2 << size;
+        QTest::newRow("bad limit") << QStringList{"size", "/", "--limit", "-1"} << 2 << size;
+        QTest::newRow("bad feed") << QStringList{"check-update", "--feed", "file:///etc/passwd"} << 2 << "Try 'kestrune-cli check-update --help'.";
+        // Sizes and --limit through the command are tst_filesizecalculator's unreadable-folder and
+        // bind-mount cases.
+        QTest::newRow("size of nothing") << QStringList{"size", m_dir.path() + "/nothing-here"} << 1 << QString();
     }
-    void usageErrors()
+    void refusals()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, hint);
         const Run result = runCli(arguments);
-        QCOMPARE(result.exitCode, 2);
-        QVERIFY(result.out.isEmpty() && result.err.contains("Usage:"));
+        QCOMPARE(result.exitCode, exitCode);
+        QVERIFY(result.out.isEmpty());
+        const QStringList lines = QString::fromUtf8(result.err).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), hint.isEmpty() ? 1 : 2);
+        QCOMPARE(lines.value(1), hint);
+    }
+
+    // Each command's help has its own usage line and a description of every option; the program's own
+    // lists the commands.
+    void help_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("usage");
+        QTest::addColumn<QStringList>("described");
+        const QString prefix = QStringLiteral("Usage: kestrune-cli [--root DIR] [--home DIR] ");
+        QTest::newRow("program") << QStringList{"--help"} << prefix + "COMMAND [options]" << QStringList{"--root <DIR>", "--home <DIR>", "--version"};
+        QTest::newRow("scan") << QStringList{"scan", "--help"} << prefix + "scan TARGET [--why] [--json]" << QStringList{"--why", "--json", "TARGET"};
+        QTest::newRow("remove") << QStringList{"remove", "-h"} << prefix + "remove TARGET | --orphan ID [--dry-run] [--yes] [--include-claimed] [--json]"
+                                << QStringList{"--orphan <ID>", "--dry-run", "--yes", "--include-claimed", "TARGET"};
+        QTest::newRow("size") << QStringList{"size", "--help"} << prefix + "size PATH [--limit N]" << QStringList{"--limit <N>", "PATH"};
+    }
+    void help()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, usage);
+        QFETCH(QStringList, described);
+        const Run result = runCli(arguments);
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.err.isEmpty());
+        const QString out = QString::fromUtf8(result.out);
+        QCOMPARE(out.section(QLatin1Char('\n'), 0, 0), usage);
+        for (const QString &name : described) {
+            const QRegularExpression line(QStringLiteral("^  (-h, )?%1  +\\S").arg(QRegularExpression::escape(name)), QRegularExpression::MultilineOption);
+            QVERIFY2(out.contains(line), qPrintable(name + QStringLiteral(" has no description in\n") + out));
+        }
+        if (arguments.constFirst() == QLatin1String("--help"))
+            QVERIFY(out.contains(QLatin1String("\n  check-update [--feed URL] [--json]\n")));
     }
 
     // Names come from Info.plists anyone can write: on a terminal their control characters show as

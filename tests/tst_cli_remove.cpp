@@ -20,6 +20,7 @@
 
 namespace {
 
+using TestSupport::jsonPaths;
 using TestSupport::Run;
 
 // Stand-in for the removed-app scan: the one group the test sets up.
@@ -52,15 +53,6 @@ Run runRemove(const QStringList &arguments, const std::optional<QByteArray> &typ
     run.out = TestSupport::readBytes(out.fileName());
     run.err = TestSupport::readBytes(err.fileName());
     return run;
-}
-
-// Paths of a JSON list of items, or of failures through their "item".
-QStringList jsonPaths(const QJsonValue &items)
-{
-    QStringList paths;
-    for (const QJsonValue &entry : items.toArray())
-        paths.append((entry[QStringLiteral("item")].isObject() ? entry[QStringLiteral("item")] : entry)[QStringLiteral("path")].toString());
-    return paths;
 }
 
 qsizetype trashedCount() { return TestSupport::trashedIn(TestSupport::homeTrash()).size(); }

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <map>
 
+using TestSupport::jsonPaths;
 using TestSupport::Run;
 
 namespace {
@@ -41,14 +42,6 @@ std::map<std::string, std::string> snapshot(const QString &folder)
         }
     }
     return entries;
-}
-
-QStringList jsonPaths(const QJsonValue &items)
-{
-    QStringList paths;
-    for (const QJsonValue &entry : items.toArray())
-        paths.append((entry[QStringLiteral("item")].isObject() ? entry[QStringLiteral("item")] : entry)[QStringLiteral("path")].toString());
-    return paths;
 }
 
 } // namespace

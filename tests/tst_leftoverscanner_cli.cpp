@@ -35,23 +35,25 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("target");
         QTest::addColumn<QStringList>("expected"); // the bundle and the items' names, or what stderr names
+        QTest::addColumn<QString>("summary"); // how the text output counts the items
         const QStringList solo = {"@/Applications/Solo.app", "Solo.app", "com.example.Solo.plist", "com.example.Solo"};
-        QTest::newRow("name, any case") << "sOLO" << solo;
-        QTest::newRow("identifier, any case") << "COM.EXAMPLE.solo" << solo;
-        QTest::newRow("identifier picks one twin") << "com.b.twin" << QStringList{"@/Users/ann/Applications/Twin Copy.app", "Twin Copy.app"};
-        QTest::newRow("not there") << "%/gone/Solo.app" << QStringList{"%/gone/Solo.app", "com.example.Solo"};
-        QTest::newRow("unknown") << "Nothing Like It" << QStringList{"Nothing Like It"};
-        QTest::newRow("ambiguous name") << "TWIN" << QStringList{"com.a.twin", "com.b.twin", "Twin Copy.app"};
-        QTest::newRow("partial name") << "Sol" << QStringList{"Sol"};
+        QTest::newRow("name, any case") << "sOLO" << solo << "3 items, ";
+        QTest::newRow("identifier, any case") << "COM.EXAMPLE.solo" << solo << "3 items, ";
+        QTest::newRow("identifier picks one twin") << "com.b.twin" << QStringList{"@/Users/ann/Applications/Twin Copy.app", "Twin Copy.app"} << "1 item, ";
+        QTest::newRow("not there") << "%/gone/Solo.app" << QStringList{"%/gone/Solo.app", "com.example.Solo"} << "1 item, ";
+        QTest::newRow("unknown") << "Nothing Like It" << QStringList{"Nothing Like It"} << QString();
+        QTest::newRow("ambiguous name") << "TWIN" << QStringList{"com.a.twin", "com.b.twin", "Twin Copy.app"} << QString();
+        QTest::newRow("partial name") << "Sol" << QStringList{"Sol"} << QString();
     }
     void scan()
     {
         QFETCH(QString, target);
         QFETCH(QStringList, expected);
+        QFETCH(QString, summary);
         target.replace(QLatin1Char('%'), m_dir.path());
         expected.replaceInStrings(QStringLiteral("@"), m_root).replaceInStrings(QStringLiteral("%"), m_dir.path());
-        const TestSupport::Run run = TestSupport::runCli(
-            {QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home, QStringLiteral("scan"), target, QStringLiteral("--json")});
+        const QStringList arguments{QStringLiteral("--root"), m_root, QStringLiteral("--home"), m_home, QStringLiteral("scan"), target};
+        const TestSupport::Run run = TestSupport::runCli(arguments + QStringList{QStringLiteral("--json")});
         if (!expected.constFirst().startsWith(QLatin1Char('/'))) {
             QVERIFY(run.exitCode == 1 && run.out.isEmpty());
             for (const QString &text : expected)
@@ -74,6 +76,8 @@ private Q_SLOTS:
         QCOMPARE(found, expected);
         QCOMPARE(result[u"totalSize"].toInteger(), total);
         QVERIFY(result[u"formattedTotalSize"].isString());
+        const QByteArray text = TestSupport::runCli(arguments).out;
+        QVERIFY2(text.mid(text.lastIndexOf("\n", text.size() - 2) + 1).startsWith(summary.toUtf8()), text.constData());
     }
 };
 

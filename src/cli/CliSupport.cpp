@@ -4,6 +4,7 @@
 #include "models/RecordFields.h"
 
 #include <QJsonDocument>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +12,9 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <fcntl.h>
+#include <locale.h>
 #include <mutex>
 #include <thread>
 #include <unistd.h>
@@ -126,79 +129,151 @@ int finish(int code)
     return 1;
 }
 
+namespace {
+
+// wcwidth answers by the LC_CTYPE locale, and in the "C" locale no character beyond ASCII is printable.
+// Display width does not depend on the user's language, so it is asked of a UTF-8 locale whatever the
+// environment says.
+locale_t utf8Ctype()
+{
+    static const locale_t locale = [] {
+        locale_t found = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t(nullptr));
+        return found != locale_t(nullptr) ? found : ::newlocale(LC_CTYPE_MASK, "en_US.UTF-8", locale_t(nullptr));
+    }();
+    return locale;
+}
+
+qsizetype clusterWidth(QStringView cluster)
+{
+    int width = 0;
+    for (const char32_t c : cluster.toUcs4()) {
+        // U+FE0F asks for the emoji presentation, which terminals draw two columns wide.
+        const int columns = c == 0xFE0F ? 2 : ::wcwidth(wchar_t(c));
+        width = std::max(width, columns < 0 ? 1 : columns);
+    }
+    return width;
+}
+
+QString padded(const QString &cell, qsizetype width)
+{
+    return cell + QString(std::max<qsizetype>(0, width - displayWidth(cell)), u' ');
+}
+
+struct CommandHelp {
+    const char *name;
+    const char *synopsis;
+    const char *summary;
+};
+
+// The same lines open `kestrune-cli --help` and each command's own help.
+constexpr CommandHelp commandHelps[] = {
+    {"apps", "apps [--json]", "List the installed apps, in display order."},
+    {"scan", "scan TARGET [--why] [--json]", "Find the leftovers of one app."},
+    {"orphans", "orphans [--all] [--json]", "List the leftovers of removed apps."},
+    {"remove", "remove TARGET | --orphan ID [--dry-run] [--yes] [--include-claimed] [--json]",
+     "Move an app and its leftovers, or the leftovers of a removed app, to the Trash."},
+    {"restore", "restore PATH... [--json]", "Put back the newest Trash entry of each path, where the path is free."},
+    {"size", "size PATH [--limit N]", "Print the byte count of a file or folder."},
+    {"check-update", "check-update [--feed URL] [--json]", "Ask the release feed whether a newer version exists."},
+};
+
+QString invocation(const QString &command)
+{
+    return command.isEmpty() ? QStringLiteral("kestrune-cli") : QStringLiteral("kestrune-cli ") + command;
+}
+
+} // namespace
+
+qsizetype displayWidth(const QString &text)
+{
+    if (std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() < 0x7F; }))
+        return text.size();
+    const locale_t previous = ::uselocale(utf8Ctype());
+    qsizetype width = 0;
+    QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, text);
+    for (qsizetype start = 0, end = clusters.toNextBoundary(); end != -1; start = end, end = clusters.toNextBoundary())
+        width += clusterWidth(QStringView(text).sliced(start, end - start));
+    ::uselocale(previous);
+    return width;
+}
+
 void printTable(const QList<QStringList> &rows)
 {
     QList<QStringList> safeRows;
     safeRows.reserve(rows.size());
+    QList<qsizetype> widths;
     for (const QStringList &row : rows) {
         QStringList safe;
-        for (const QString &cell : row)
+        for (const QString &cell : row) {
             safe.append(terminalSafe(cell));
-        safeRows.append(safe);
-    }
-    QList<qsizetype> widths;
-    for (const QStringList &row : std::as_const(safeRows)) {
-        for (qsizetype column = 0; column < row.size(); ++column) {
-            if (widths.size() <= column)
+            if (widths.size() < safe.size())
                 widths.append(0);
-            widths[column] = std::max(widths[column], row[column].size());
+            widths[safe.size() - 1] = std::max(widths[safe.size() - 1], displayWidth(safe.constLast()));
         }
+        safeRows.append(safe);
     }
     for (const QStringList &row : std::as_const(safeRows)) {
         QString line;
-        for (qsizetype column = 0; column < row.size(); ++column) {
-            const bool last = column + 1 == row.size();
-            line += last ? row[column] : row[column].leftJustified(widths[column]) + QStringLiteral("  ");
-        }
-        printLine(line);
+        for (qsizetype column = 0; column + 1 < row.size(); ++column)
+            line += padded(row[column], widths[column]) + QStringLiteral("  ");
+        printLine(line + row.value(row.size() - 1));
     }
 }
 
-void printUsage(FILE *stream)
+QString countText(qsizetype count, const QString &singular, const QString &plural)
 {
-    std::fputs(
-        "Usage: kestrune-cli [--root DIR] [--home DIR] COMMAND [options]\n"
-        "\n"
-        "  --root DIR  the folder that stands for \"/\" (default \"/\")\n"
-        "  --home DIR  the user's home folder (default $HOME)\n"
-        "\n"
-        "Commands:\n"
-        "  apps [--json]                      installed apps\n"
-        "  scan TARGET [--why] [--json]       leftover scan of one app (a .app path, a name or a bundle identifier);\n"
-        "                                     --why shows how each item was found\n"
-        "  orphans [--all] [--json]           leftovers of removed apps\n"
-        "  remove TARGET | --orphan ID [--dry-run] [--yes] [--include-claimed] [--json]\n"
-        "                                     move an app and its leftovers, or a removed app's group, to the Trash;\n"
-        "                                     items another app or macOS owns stay unless --include-claimed\n"
-        "  restore PATH... [--json]           put back the newest Trash entry of each path, where it is free\n"
-        "  size PATH [--limit N]              byte count of a file or folder\n"
-        "  check-update [--feed URL] [--json] ask the release feed for a newer version\n",
-        stream);
+    return QString::number(count) + QLatin1Char(' ') + (count == 1 ? singular : plural);
 }
 
-bool parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
-           int minimumPositional, int maximumPositional)
+QString itemCountText(qsizetype count)
 {
-    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    return countText(count, QStringLiteral("item"), QStringLiteral("items"));
+}
+
+void printHelp(const QCommandLineParser &parser, const QString &command)
+{
+    const auto help = std::find_if(std::cbegin(commandHelps), std::cend(commandHelps),
+                                   [&command](const CommandHelp &entry) { return command == QLatin1String(entry.name); });
+    // Qt's first line names the executable's path and knows nothing of the global options: ours instead.
+    const QString helpText = parser.helpText();
+    const QString synopsis = help != std::cend(commandHelps) ? QString::fromUtf8(help->synopsis) : QStringLiteral("COMMAND [options]");
+    printLine(QStringLiteral("Usage: kestrune-cli [--root DIR] [--home DIR] ") + synopsis);
+    if (help != std::cend(commandHelps))
+        printLine(QString::fromUtf8(help->summary));
+    printLine(QString());
+    printLine(helpText.sliced(helpText.indexOf(QLatin1Char('\n')) + 1).trimmed());
+    if (!command.isEmpty())
+        return;
+    printLine(QStringLiteral("\nCommands:"));
+    for (const CommandHelp &entry : commandHelps)
+        printLine(QStringLiteral("  %1\n      %2").arg(QString::fromUtf8(entry.synopsis), QString::fromUtf8(entry.summary)));
+    printLine(QStringLiteral("\nRun 'kestrune-cli COMMAND --help' for the options of one command."));
+}
+
+int usageError(const QString &command, const QString &message)
+{
+    printError(invocation(command) + QStringLiteral(": ") + message);
+    printError(QStringLiteral("Try '%1 --help'.").arg(invocation(command)));
+    return 2;
+}
+
+std::optional<int> parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
+                         int minimumPositional, int maximumPositional)
+{
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
     parser.addOption(help);
-    if (!parser.parse(QStringList{QStringLiteral("kestrune-cli ") + command} + arguments)) {
-        printError(QStringLiteral("kestrune-cli %1: %2").arg(command, parser.errorText()));
-        printUsage(stderr);
-        return false;
-    }
+    if (!parser.parse(QStringList{invocation(command)} + arguments))
+        return usageError(command, parser.errorText());
     if (parser.isSet(help)) {
-        printUsage(stdout);
-        std::exit(finish(0));
+        printHelp(parser, command);
+        return 0;
     }
-    const qsizetype count = parser.positionalArguments().size();
-    if (count < minimumPositional || count > maximumPositional) {
-        printError(count < minimumPositional
-                       ? QStringLiteral("kestrune-cli %1: missing argument").arg(command)
-                       : QStringLiteral("kestrune-cli %1: unexpected argument \"%2\"").arg(command, parser.positionalArguments().value(maximumPositional)));
-        printUsage(stderr);
-        return false;
-    }
-    return true;
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() < minimumPositional)
+        return usageError(command, QStringLiteral("missing argument"));
+    if (positional.size() > maximumPositional)
+        return usageError(command, QStringLiteral("unexpected argument \"%1\"").arg(positional.value(maximumPositional)));
+    return std::nullopt;
 }
 
 void runWithProgress(const QString &text, bool enabled, const std::function<void()> &work)

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace CliSupport {
 
@@ -30,9 +31,17 @@ void printJson(const QJsonObject &object);
 void printLine(const QString &text);
 void printError(const QString &text);
 
-// Rows of cells printed with each column padded to its widest cell; the last column is not padded.
-// Every cell is made terminalSafe, line breaks included.
+// The columns a terminal gives text: wide (East Asian) characters and emoji take two, combining marks
+// none, a grapheme cluster no more than its widest character.
+[[nodiscard]] qsizetype displayWidth(const QString &text);
+
+// Rows of cells printed with each column padded to its widest cell by display width; the last column is
+// not padded. Every cell is made terminalSafe, line breaks included.
 void printTable(const QList<QStringList> &rows);
+
+// "1 item", "2 items": the count with the word that agrees with it.
+[[nodiscard]] QString countText(qsizetype count, const QString &singular, const QString &plural);
+[[nodiscard]] QString itemCountText(qsizetype count);
 
 // A closed standard stream would be handed to the next file opened, and output or messages would land
 // in that file: each closed one is pointed at the null device. False when standard output was closed.
@@ -41,11 +50,15 @@ void printTable(const QList<QStringList> &rows);
 // standard output failed (a full disk, a closed pipe end).
 [[nodiscard]] int finish(int code);
 
-// Parses a command's own options. On --help prints usage and exits 0; on an unknown option or a wrong
-// number of positional arguments prints the message and usage to stderr and returns false (exit 2).
-[[nodiscard]] bool parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
-                         int minimumPositional, int maximumPositional);
-void printUsage(FILE *stream);
+// Parses a command's own options after adding --help. Returns the exit code when the command is to stop
+// here: 0 once --help has printed the command's help, 2 after a usage error.
+[[nodiscard]] std::optional<int> parse(QCommandLineParser &parser, const QString &command, const QStringList &arguments,
+                                       int minimumPositional, int maximumPositional);
+// The parser's descriptions of its options under the usage line of command, or of the program itself when
+// command is empty, which adds the list of commands.
+void printHelp(const QCommandLineParser &parser, const QString &command = QString());
+// One line naming the mistake, and where to read the usage; returns the usage error's exit code, 2.
+[[nodiscard]] int usageError(const QString &command, const QString &message);
 
 // Runs work; on a terminal (never in JSON mode, never on a pipe) shows "text" with the elapsed time on
 // stderr once it has taken longer than a moment, and clears the line at the end.

@@ -24,9 +24,13 @@ int checkUpdate(const QStringList &arguments);
 // Shared by scan and remove: TARGET resolved to an app (a ".app" path, or the name or bundle identifier
 // of an installed app). Absent with a message naming the candidates when none or several match.
 [[nodiscard]] std::optional<InstalledApp> resolveApp(const QString &target, QString *error);
+// What resolveApp accepts, for the help of scan and remove.
+[[nodiscard]] inline QString targetHelp()
+{
+    return QStringLiteral("A path ending in \".app\" (need not be installed), or the name or bundle identifier of an "
+                          "installed app, in any letter case.");
+}
 // Shared by orphans and remove: the removed-app group with this id from a fresh scan.
 [[nodiscard]] std::optional<OrphanedAppGroup> findOrphanGroup(const QString &id, QString *error);
-// Shared by remove and restore: "1 item", "2 items".
-[[nodiscard]] QString itemCountText(qsizetype count);
 
 } // namespace Commands

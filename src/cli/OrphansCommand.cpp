@@ -34,11 +34,11 @@ void printGroup(const OrphanedAppGroup &group)
 int orphans(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
-    const QCommandLineOption all(QStringLiteral("all"));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
+    const QCommandLineOption all(QStringLiteral("all"), QStringLiteral("Show the uncertain matches too."));
     parser.addOptions({json, all});
-    if (!CliSupport::parse(parser, QStringLiteral("orphans"), arguments, 0, 0))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("orphans"), arguments, 0, 0))
+        return *stop;
     const bool asJson = parser.isSet(json);
 
     QList<OrphanedAppGroup> groups = scanOrphans(!asJson);
@@ -56,9 +56,12 @@ int orphans(const QStringList &arguments)
         printGroup(group);
         CliSupport::printLine(QString());
     }
-    QString summary = QStringLiteral("%1 removed apps with leftovers").arg(groups.size());
-    if (hidden > 0)
-        summary += QStringLiteral(" (%1 uncertain matches hidden; --all shows them)").arg(hidden);
+    QString summary = CliSupport::countText(groups.size(), QStringLiteral("removed app"), QStringLiteral("removed apps"))
+        + QStringLiteral(" with leftovers");
+    if (hidden > 0) {
+        summary += QStringLiteral(" (%1 hidden, shown with --all)")
+                       .arg(CliSupport::countText(hidden, QStringLiteral("uncertain match"), QStringLiteral("uncertain matches")));
+    }
     CliSupport::printLine(summary);
     return 0;
 }

@@ -11,6 +11,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace Commands {
@@ -40,7 +41,7 @@ void printList(const QList<LeftoverItem> &items, bool toStderr)
 bool confirmed(const QList<LeftoverItem> &items)
 {
     const QByteArray prompt = QStringLiteral("Move %1 (%2) to the Trash? [y/N] ")
-                                  .arg(itemCountText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
+                                  .arg(CliSupport::itemCountText(items.size()), ByteCountFormatter::string(LeftoverItems::totalSize(items)))
                                   .toUtf8();
     std::fflush(stdout);
     std::fwrite(prompt.constData(), 1, size_t(prompt.size()), stderr);
@@ -79,128 +80,173 @@ QJsonObject reportJson(bool dryRun, const QList<LeftoverItem> &deleted, const QL
             {QStringLiteral("kept"), keptList}};
 }
 
-} // namespace
+struct Request {
+    std::optional<QString> groupId; // --orphan ID; otherwise target names an app
+    QString target;
+    bool asJson = false;
+    bool dryRun = false;
+    bool includeClaimed = false;
+    bool mustConfirm = false;
+};
 
-QString itemCountText(qsizetype count)
+std::optional<int> parseRequest(const QStringList &arguments, Request *request)
 {
-    return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
+    QCommandLineParser parser;
+    parser.addPositionalArgument(QStringLiteral("TARGET"), Commands::targetHelp(), QStringLiteral("[TARGET]"));
+    const QCommandLineOption orphan(QStringLiteral("orphan"), QStringLiteral("Remove the leftovers of the removed app with this id, "
+                                                                             "as orphans lists it, instead of TARGET."),
+                                    QStringLiteral("ID"));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("List what would move and move nothing."));
+    const QCommandLineOption yes(QStringLiteral("yes"), QStringLiteral("Move without asking."));
+    const QCommandLineOption includeClaimed(QStringLiteral("include-claimed"),
+                                           QStringLiteral("Move the items another app or macOS owns too."));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
+    parser.addOptions({orphan, dryRun, yes, includeClaimed, json});
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
+        return stop;
+    if (parser.isSet(orphan) == !parser.positionalArguments().isEmpty()) {
+        return CliSupport::usageError(QStringLiteral("remove"), parser.isSet(orphan) ? QStringLiteral("give either TARGET or --orphan ID, not both")
+                                                                                    : QStringLiteral("missing TARGET or --orphan ID"));
+    }
+    if (parser.isSet(orphan))
+        request->groupId = parser.value(orphan);
+    else
+        request->target = parser.positionalArguments().constFirst();
+    request->asJson = parser.isSet(json);
+    request->dryRun = parser.isSet(dryRun);
+    request->includeClaimed = parser.isSet(includeClaimed);
+    request->mustConfirm = !request->dryRun && !parser.isSet(yes);
+    // Guessing what an unattended caller meant could cost the user's data: it must say --yes. Refused
+    // before the scan, so a script learns it at once.
+    if (request->mustConfirm && !::isatty(STDIN_FILENO)) {
+        return CliSupport::usageError(QStringLiteral("remove"), QStringLiteral("no terminal to confirm on; pass --yes to move the items "
+                                                                               "to the Trash, or --dry-run to list them"));
+    }
+    return std::nullopt;
 }
+
+// What the scan found, and the app it belongs to when TARGET named one.
+struct Found {
+    QList<LeftoverItem> items;
+    std::optional<InstalledApp> app;
+};
+
+std::optional<Found> findItems(const Request &request, QString *error)
+{
+    Found found;
+    if (request.groupId) {
+        std::optional<OrphanedAppGroup> group;
+        CliSupport::runWithProgress(QStringLiteral("Scanning for leftovers of removed apps…"), !request.asJson,
+                                    [&] { group = Commands::findOrphanGroup(*request.groupId, error); });
+        if (!group)
+            return std::nullopt;
+        found.items = group->items;
+        return found;
+    }
+    found.app = Commands::resolveApp(request.target, error);
+    if (!found.app)
+        return std::nullopt;
+    CliSupport::runWithProgress(QStringLiteral("Scanning %1…").arg(found.app->name), !request.asJson,
+                                [&] { found.items = LeftoverScannerService::scan(*found.app).result().items; });
+    return found;
+}
+
+// A dry run, or nothing to move: what would happen, and nothing happens.
+void printPlan(const Request &request, const QList<LeftoverItem> &ordered, const QList<LeftoverItem> &kept)
+{
+    if (request.asJson) {
+        CliSupport::printJson(reportJson(request.dryRun, request.dryRun ? ordered : QList<LeftoverItem>(), {}, kept));
+        return;
+    }
+    if (ordered.isEmpty()) {
+        printKept(kept, false);
+        CliSupport::printLine(QStringLiteral("Nothing to move."));
+        return;
+    }
+    printList(ordered, false);
+    printKept(kept, false);
+    CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
+                              .arg(CliSupport::itemCountText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
+}
+
+// What another app or macOS owns stays unless the caller asks for it by name of the option.
+QList<LeftoverItem> takeClaimed(QList<LeftoverItem> *items)
+{
+    QList<LeftoverItem> claimed = *items;
+    claimed.removeIf([](const LeftoverItem &item) { return item.isSelectedByDefault(); });
+    items->removeIf([](const LeftoverItem &item) { return !item.isSelectedByDefault(); });
+    return claimed;
+}
+
+// Checked before anything moves (the bundle goes last, after the app's data), then asked on the
+// terminal unless --yes. False, with the reason on stderr, when nothing is to move.
+bool readyToMove(const Request &request, const std::optional<InstalledApp> &app, const QList<LeftoverItem> &ordered,
+                 const QList<LeftoverItem> &kept)
+{
+    const auto isBundle = [&app](const LeftoverItem &item) { return item.path() == app->bundlePath(); };
+    if (app && std::any_of(ordered.cbegin(), ordered.cend(), isBundle)) {
+        if (const std::optional<QString> obstacle = BundleRemovability::check(*app)) {
+            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + *obstacle);
+            return false;
+        }
+    }
+    if (!request.mustConfirm)
+        return true;
+    printList(ordered, request.asJson);
+    printKept(kept, request.asJson);
+    if (confirmed(ordered))
+        return true;
+    CliSupport::printError(QStringLiteral("Nothing was moved."));
+    return false;
+}
+
+void printReport(const DeletionReport &report, const QList<LeftoverItem> &kept, bool asJson)
+{
+    if (asJson) {
+        CliSupport::printJson(reportJson(false, report.deleted, report.failed, kept));
+        return;
+    }
+    QList<QStringList> rows;
+    for (const LeftoverItem &item : report.deleted)
+        rows.append({QStringLiteral("moved"), item.formattedSize(), item.path()});
+    for (const auto &[item, message] : report.failed)
+        rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message + adminNote(item)});
+    for (const LeftoverItem &item : kept)
+        rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
+    CliSupport::printTable(rows);
+    CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
+                              .arg(CliSupport::itemCountText(report.deleted.size()),
+                                   ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
+}
+
+} // namespace
 
 int remove(const QStringList &arguments)
 {
-    QCommandLineParser parser;
-    const QCommandLineOption orphan(QStringLiteral("orphan"), QString(), QStringLiteral("ID"));
-    const QCommandLineOption dryRun(QStringLiteral("dry-run"));
-    const QCommandLineOption yes(QStringLiteral("yes"));
-    const QCommandLineOption json(QStringLiteral("json"));
-    const QCommandLineOption includeClaimed(QStringLiteral("include-claimed"));
-    parser.addOptions({orphan, dryRun, yes, json, includeClaimed});
-    if (!CliSupport::parse(parser, QStringLiteral("remove"), arguments, 0, 1))
-        return 2;
-    const bool byGroup = parser.isSet(orphan);
-    if (byGroup == !parser.positionalArguments().isEmpty()) {
-        CliSupport::printError(byGroup ? QStringLiteral("kestrune-cli remove: give either TARGET or --orphan ID, not both")
-                                       : QStringLiteral("kestrune-cli remove: missing TARGET or --orphan ID"));
-        CliSupport::printUsage(stderr);
-        return 2;
-    }
-    const bool asJson = parser.isSet(json);
-    const bool isDryRun = parser.isSet(dryRun);
-
-    // Guessing what an unattended caller meant could cost the user's data: it must say --yes. Refused
-    // before the scan, so a script learns it at once.
-    const bool mustConfirm = !isDryRun && !parser.isSet(yes);
-    if (mustConfirm && !::isatty(STDIN_FILENO)) {
-        CliSupport::printError(QStringLiteral("kestrune-cli remove: no terminal to confirm on; pass --yes to move the items "
-                                              "to the Trash, or --dry-run to list them"));
-        return 2;
-    }
-
-    QList<LeftoverItem> items;
+    Request request;
+    if (const std::optional<int> stop = parseRequest(arguments, &request))
+        return *stop;
     QString error;
-    std::optional<InstalledApp> installed;
-    if (byGroup) {
-        std::optional<OrphanedAppGroup> group;
-        CliSupport::runWithProgress(QStringLiteral("Scanning for leftovers of removed apps…"), !asJson,
-                                    [&] { group = Commands::findOrphanGroup(parser.value(orphan), &error); });
-        if (!group) {
-            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + error);
-            return 1;
-        }
-        items = group->items;
-    } else {
-        const std::optional<InstalledApp> app = Commands::resolveApp(parser.positionalArguments().constFirst(), &error);
-        if (!app) {
-            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + error);
-            return 1;
-        }
-        CliSupport::runWithProgress(QStringLiteral("Scanning %1…").arg(app->name), !asJson,
-                                    [&] { items = LeftoverScannerService::scan(*app).result().items; });
-        installed = app;
+    std::optional<Found> found = findItems(request, &error);
+    if (!found) {
+        CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + error);
+        return 1;
     }
-    // What another app or macOS owns stays unless the caller asks for it by name of the option.
-    QList<LeftoverItem> kept;
-    if (!parser.isSet(includeClaimed)) {
-        kept = items;
-        kept.removeIf([](const LeftoverItem &item) { return item.isSelectedByDefault(); });
-        items.removeIf([](const LeftoverItem &item) { return !item.isSelectedByDefault(); });
-    }
-    const QList<LeftoverItem> ordered = DeletionService::processingOrder(items);
-
-    if (isDryRun || ordered.isEmpty()) {
-        if (asJson) {
-            CliSupport::printJson(reportJson(isDryRun, isDryRun ? ordered : QList<LeftoverItem>(), {}, kept));
-        } else if (ordered.isEmpty()) {
-            printKept(kept, false);
-            CliSupport::printLine(QStringLiteral("Nothing to move."));
-        } else {
-            printList(ordered, false);
-            printKept(kept, false);
-            CliSupport::printLine(QStringLiteral("Would move %1 (%2) to the Trash.")
-                                      .arg(itemCountText(ordered.size()), ByteCountFormatter::string(LeftoverItems::totalSize(ordered))));
-        }
+    const QList<LeftoverItem> kept = request.includeClaimed ? QList<LeftoverItem>() : takeClaimed(&found->items);
+    const QList<LeftoverItem> ordered = DeletionService::processingOrder(found->items);
+    if (request.dryRun || ordered.isEmpty()) {
+        printPlan(request, ordered, kept);
         return 0;
     }
-
-    // Checked before anything moves: the bundle goes last, after the app's data.
-    const auto isBundle = [&installed](const LeftoverItem &item) { return item.path() == installed->bundlePath(); };
-    if (installed && std::any_of(ordered.cbegin(), ordered.cend(), isBundle)) {
-        if (const std::optional<QString> obstacle = BundleRemovability::check(*installed)) {
-            CliSupport::printError(QStringLiteral("kestrune-cli remove: ") + *obstacle);
-            return 1;
-        }
-    }
-
-    if (mustConfirm) {
-        printList(ordered, asJson);
-        printKept(kept, asJson);
-        if (!confirmed(ordered)) {
-            CliSupport::printError(QStringLiteral("Nothing was moved."));
-            return 1;
-        }
-    }
-
+    if (!readyToMove(request, found->app, ordered, kept))
+        return 1;
     DeletionReport report;
-    CliSupport::runWithProgress(QStringLiteral("Moving to the Trash…"), !asJson,
+    CliSupport::runWithProgress(QStringLiteral("Moving to the Trash…"), !request.asJson,
                                 [&] { report = DeletionService::moveToTrash(ordered); });
-
-    if (asJson) {
-        CliSupport::printJson(reportJson(false, report.deleted, report.failed, kept));
-    } else {
-        QList<QStringList> rows;
-        for (const LeftoverItem &item : report.deleted)
-            rows.append({QStringLiteral("moved"), item.formattedSize(), item.path()});
-        for (const auto &[item, message] : report.failed)
-            rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message + adminNote(item)});
-        for (const LeftoverItem &item : std::as_const(kept))
-            rows.append({QStringLiteral("kept"), item.formattedSize(), item.path() + QStringLiteral(" (") + keptReason(item) + QLatin1Char(')')});
-        CliSupport::printTable(rows);
-        CliSupport::printLine(QStringLiteral("Moved %1 (%2) to the Trash.")
-                                  .arg(itemCountText(report.deleted.size()), ByteCountFormatter::string(LeftoverItems::totalSize(report.deleted))));
-    }
+    printReport(report, kept, request.asJson);
     if (!report.failed.isEmpty()) {
         CliSupport::printError(QStringLiteral("kestrune-cli remove: %1 could not be moved to the Trash")
-                                   .arg(itemCountText(report.failed.size())));
+                                   .arg(CliSupport::itemCountText(report.failed.size())));
         return 1;
     }
     return 0;

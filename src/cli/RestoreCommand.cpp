@@ -15,10 +15,12 @@ namespace Commands {
 int restore(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addPositionalArgument(QStringLiteral("PATH"), QStringLiteral("Where an item was before it went to the Trash."),
+                                 QStringLiteral("PATH..."));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of a table."));
     parser.addOption(json);
-    if (!CliSupport::parse(parser, QStringLiteral("restore"), arguments, 1, std::numeric_limits<int>::max()))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("restore"), arguments, 1, std::numeric_limits<int>::max()))
+        return *stop;
     const bool asJson = parser.isSet(json);
 
     // The Trash records where an item came from, not what it was: every item is of the "other" kind.
@@ -53,10 +55,10 @@ int restore(const QStringList &arguments)
         for (const auto &[item, message] : report.failed)
             rows.append({QStringLiteral("FAILED"), item.formattedSize(), item.path() + QStringLiteral(": ") + message});
         CliSupport::printTable(rows);
-        CliSupport::printLine(QStringLiteral("Put back %1.").arg(itemCountText(report.restored.size())));
+        CliSupport::printLine(QStringLiteral("Put back %1.").arg(CliSupport::itemCountText(report.restored.size())));
     }
     if (!report.failed.isEmpty()) {
-        CliSupport::printError(QStringLiteral("kestrune-cli restore: %1 could not be put back").arg(itemCountText(report.failed.size())));
+        CliSupport::printError(QStringLiteral("kestrune-cli restore: %1 could not be put back").arg(CliSupport::itemCountText(report.failed.size())));
         return 1;
     }
     return 0;

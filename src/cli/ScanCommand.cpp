@@ -53,9 +53,9 @@ void printHuman(const InstalledApp &app, const ScanResult &result, bool why)
     CliSupport::printLine(QString());
     const qsizetype claimed = std::count_if(result.items.cbegin(), result.items.cend(),
                                             [](const LeftoverItem &item) { return item.claimedBy.has_value(); });
-    QString summary = QStringLiteral("%1 items, %2").arg(result.items.size()).arg(result.formattedTotalSize());
+    QString summary = CliSupport::itemCountText(result.items.size()) + QStringLiteral(", ") + result.formattedTotalSize();
     if (claimed > 0)
-        summary += QStringLiteral("; %1 marked ! belong to other apps or macOS and are kept by remove").arg(claimed);
+        summary += QStringLiteral("; remove keeps %1 marked ! (owned by another app or macOS)").arg(CliSupport::itemCountText(claimed));
     CliSupport::printLine(summary);
 }
 
@@ -105,11 +105,12 @@ std::optional<InstalledApp> resolveApp(const QString &target, QString *error)
 int scan(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
-    const QCommandLineOption why(QStringLiteral("why"));
+    parser.addPositionalArgument(QStringLiteral("TARGET"), targetHelp());
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
+    const QCommandLineOption why(QStringLiteral("why"), QStringLiteral("Show how each item was found."));
     parser.addOptions({json, why});
-    if (!CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("scan"), arguments, 1, 1))
+        return *stop;
     const bool asJson = parser.isSet(json);
     const QString target = parser.positionalArguments().constFirst();
 

@@ -10,20 +10,19 @@ namespace Commands {
 int checkUpdate(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    const QCommandLineOption feedOption(QStringLiteral("feed"), QString(), QStringLiteral("URL"));
-    const QCommandLineOption json(QStringLiteral("json"));
+    const QCommandLineOption feedOption(QStringLiteral("feed"), QStringLiteral("Ask this http or https feed instead of the program's own."),
+                                        QStringLiteral("URL"));
+    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print JSON instead of text."));
     parser.addOptions({feedOption, json});
-    if (!CliSupport::parse(parser, QStringLiteral("check-update"), arguments, 0, 0))
-        return 2;
+    if (const std::optional<int> stop = CliSupport::parse(parser, QStringLiteral("check-update"), arguments, 0, 0))
+        return *stop;
 
     QUrl feed = UpdateCheckService::feedURL();
     if (parser.isSet(feedOption)) {
         feed = QUrl(parser.value(feedOption), QUrl::StrictMode);
         if (!feed.isValid() || !UpdateCheckService::isFeedScheme(feed.scheme()) || feed.host().isEmpty()) {
-            CliSupport::printError(QStringLiteral("kestrune-cli check-update: --feed takes an http or https URL, not \"%1\"")
-                                       .arg(parser.value(feedOption)));
-            CliSupport::printUsage(stderr);
-            return 2;
+            return CliSupport::usageError(QStringLiteral("check-update"), QStringLiteral("--feed takes an http or https URL, not \"%1\"")
+                                                                              .arg(parser.value(feedOption)));
         }
     }
 
