@@ -11,7 +11,7 @@ int localizedCaseInsensitiveCompare(const QString &a, const QString &b)
     // QCollator is reentrant, not thread-safe (https://doc.qt.io/qt-6/qcollator.html), and scans sort on
     // worker threads: one per thread.
     thread_local const QCollator collator = [] {
-        // Since QTBUG-58621 (https://bugreports.qt.io/browse/QTBUG-58621) QCollator compares code points
+        // Since the fix for https://bugreports.qt.io/browse/QTBUG-58621 QCollator compares code points
         // under the C locale, which sorts "Äpfel" after "Zeta"; a Mac never runs without a language, so
         // use English there.
         const QLocale locale; // the application's default, which follows the system's
