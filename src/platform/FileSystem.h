@@ -34,7 +34,7 @@ struct DirectoryEntry {
 // (absent then, as on any failure). Never blocks on a pipe or a device.
 [[nodiscard]] std::optional<QByteArray> readFile(const QString &path, qint64 maxBytes);
 
-// Path arithmetic on the string alone, never asking the disk: the paths often name what is already gone.
+// Path arithmetic on the string alone: nothing here asks the disk, so it serves paths that are gone.
 [[nodiscard]] QString lastPathComponent(const QString &path);
 [[nodiscard]] QString deletingLastPathComponent(const QString &path);
 [[nodiscard]] QString pathExtension(const QString &path);
