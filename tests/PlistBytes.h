@@ -10,7 +10,7 @@
 // references past the end, absurd depth) that no serializer would produce.
 namespace PlistBytes {
 
-struct String { QByteArray ascii; };
+struct String { QByteArray bytes; bool utf16 = false; }; // utf16: bytes are big-endian UTF-16 units
 struct Array { QList<quint64> references; };
 struct Dictionary { QList<quint64> keys; QList<quint64> values; };
 using Object = std::variant<String, Array, Dictionary>;
@@ -40,8 +40,8 @@ inline QByteArray binary(const QList<Object> &objects, quint64 top = 0)
     for (const Object &object : objects) {
         offsets.append(quint64(out.size()));
         if (const auto *string = std::get_if<String>(&object)) {
-            appendMarker(out, 0x5, string->ascii.size());
-            out.append(string->ascii);
+            appendMarker(out, string->utf16 ? 0x6 : 0x5, string->bytes.size() / (string->utf16 ? 2 : 1));
+            out.append(string->bytes);
             continue;
         }
         const auto *dictionary = std::get_if<Dictionary>(&object);

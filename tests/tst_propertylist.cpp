@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -25,9 +26,9 @@ private Q_SLOTS:
         QVERIFY(xml);
         QCOMPARE(xml->toMap(), (QVariantMap{{QStringLiteral("CFBundleName"), QStringLiteral("Café")}, {QStringLiteral("Count"), qint64(42)},
                                             {QStringLiteral("On"), true}, {QStringLiteral("List"), QVariantList{QStringLiteral("a"), QVariantMap()}}}));
-        const auto binaryList = PropertyList::fromData(binary({Dictionary{{1}, {2}}, String{"CFBundleName"}, String{"Brightline"}}));
-        QVERIFY(binaryList);
-        QCOMPARE(binaryList->toMap(), (QVariantMap{{QStringLiteral("CFBundleName"), QStringLiteral("Brightline")}}));
+        const QString name = QStringLiteral("Brightline Café Notes"); // past 14 characters and beyond ASCII: UTF-16
+        const auto binaryList = PropertyList::fromData(binary({Dictionary{{1}, {2}}, String{"CFBundleName"}, String{QStringEncoder(QStringEncoder::Utf16BE)(name), true}}));
+        QCOMPARE(binaryList.value_or(QVariant()).toMap(), (QVariantMap{{QStringLiteral("CFBundleName"), name}}));
     }
 
     // Everything the reader must refuse without crashing; a refusal is simply "no value".
@@ -46,13 +47,13 @@ private Q_SLOTS:
         QTest::newRow("binary reference past end") << binary({Array{{7}}, String{"x"}});
         QTest::newRow("binary top past end") << binary({String{"x"}}, 3);
         const QByteArray good = binary({Array{{1}}, String{"x"}});
-        // The second offset-table entry (just before the 32-byte trailer) points past the table; an
-        // object count of about 2^62.
+        // The second offset-table entry (just before the 32-byte trailer) points past the table; ~2^62 objects.
         QTest::newRow("binary offset past table") << QByteArray(good).replace(good.size() - 32 - 2, 1, "\x7F");
         QTest::newRow("binary absurd object count") << QByteArray(good).replace(good.size() - 32 + 8, 1, "\x7F");
         QTest::newRow("binary truncated") << good.left(good.size() - 5);
         // libplist would abort the program on these rather than refuse them.
         QTest::newRow("binary key with NUL") << binary({Dictionary{{1}, {2}}, String{QByteArray("CFBundle\0Name", 13)}, String{"v"}});
+        QTest::newRow("binary UTF-16 key with NUL") << binary({Dictionary{{1}, {2}}, String{QByteArray("\0C\0\0\0x", 6), true}, String{"v"}});
         QTest::newRow("xml raw NUL") << xmlDictionary(QByteArray("<key>a\0b</key><string>v</string>", 32));
         QTest::newRow("xml hex NUL reference") << xmlDictionary("<key>a&#x0000;</key><string>v</string>");
         QTest::newRow("over 16 MiB") << QByteArray(PropertyList::maximumBytes + 1, ' ');
@@ -67,6 +68,10 @@ private Q_SLOTS:
         QTest::newRow("xml keys over the limit") << xmlManyKeys(int(PropertyList::maximumDictionaryKeys) + 1);
         QTest::newRow("binary shared references 2^21") << sharedBinaryArrays(21);
         QTest::newRow("binary shared references 2^60") << sharedBinaryArrays(60);
+        QList<Object> twoWays{Array{{1, 41}}}; // a subtree 39 arrays deep, and a way to it through 30 more
+        for (quint64 k = 1; k <= 70; ++k)
+            twoWays << (k == 40 ? Object(String{"leaf"}) : Object(Array{{k == 70 ? 1 : k + 1}}));
+        QTest::newRow("binary shared subtree deeper by its second way") << binary(twoWays);
     }
     void refused()
     {
@@ -82,9 +87,8 @@ private Q_SLOTS:
         commented.replace("<string>leaf</string>", "<!-- <array><array> --><string><![CDATA[<array>]]></string>");
         QByteArray quoted = nestedXmlArrays(PropertyList::maximumDepth).replace("<array>", "<array a=\"/>\" b=\"<x>\">");
         quoted.replace("<string>leaf</string>", "<?pi \"<array>\"?><array a=\">\"/><dict/><dict  /><string>leaf</string>");
-        const QByteArray keys = xmlManyKeys(int(PropertyList::maximumDictionaryKeys));
         for (const QByteArray &data : {nestedBinaryArrays(PropertyList::maximumDepth), binary({Array{{1, 1}}, String{"twice"}}), commented,
-                                       quoted, sharedBinaryArrays(19), keys})
+                                       quoted, sharedBinaryArrays(19), xmlManyKeys(int(PropertyList::maximumDictionaryKeys))})
             QVERIFY(PropertyList::fromData(data));
         QCOMPARE(PropertyList::fromData(xmlDictionary("<key>k</key><string>&#10;&#x41;&#0065;</string>"))->toMap(), (QVariantMap{{QStringLiteral("k"), QStringLiteral("\nAA")}}));
     }

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Bundle(url:) opens any folder; its information list is Contents/Info.plist, or Info.plist at the top
+// Any folder opens as a bundle; its information list is Contents/Info.plist, or Info.plist at the top
 // of a shallow bundle. Absent when the bundle cannot be opened at all.
 std::optional<QVariantMap> infoDictionary(const QString &bundlePath)
 {

@@ -10,7 +10,7 @@ struct ScanResult {
 
     [[nodiscard]] qint64 totalSize() const;
     [[nodiscard]] QString formattedTotalSize() const;
-    // items(for:): the category's items in list order.
+    // The category's items in list order.
     [[nodiscard]] QList<LeftoverItem> itemsFor(LeftoverCategory category) const;
 
     friend bool operator==(const ScanResult &, const ScanResult &) = default;

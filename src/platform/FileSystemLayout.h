@@ -14,7 +14,7 @@ void setHome(const QString &home);
 
 // Without a trailing slash; "/" gives "".
 [[nodiscard]] QString rootPrefix();
-// The home folder, without a trailing slash (NSHomeDirectory).
+// The home folder, without a trailing slash.
 [[nodiscard]] QString home();
 // An absolute Mac path such as "/Library/Caches" placed under the root.
 [[nodiscard]] QString systemPath(const QString &absolutePath);

@@ -7,12 +7,12 @@
 // MacPlatform.cpp holds what the same functions do everywhere else.
 namespace MacPlatform {
 
-// NSFileManager trashItemAtURL:resultingItemURL:error:. On failure *error is the error's
-// localizedDescription; on success *trashedPath is where the item now lies in the Trash, which Put Back
-// needs. Elsewhere: the freedesktop Trash.
+// Moves the item to the Trash with the system's own call (NSFileManager), whose errors read as the
+// system words them. On failure *error is that sentence; on success *trashedPath is where the item now
+// lies in the Trash, which putting it back needs. Elsewhere: the freedesktop Trash.
 [[nodiscard]] bool trashItem(const QString &path, QString *error, QString *trashedPath = nullptr);
 
-// NSBeep. False where the platform has no alert sound of its own: the caller plays its stand-in.
+// The system's alert sound. False where the platform has none of its own: the caller plays its stand-in.
 [[nodiscard]] bool beep();
 
 // The standard About panel, filled from the bundle's Info.plist. False where there is none.

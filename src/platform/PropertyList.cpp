@@ -16,8 +16,8 @@ namespace {
 
 constexpr QByteArrayView binaryMagic("bplist00");
 
-// Walks an XML plist the way libplist's own reader tokenizes it, so that both agree on where every
-// tag ends: a double quote inside a tag, a processing instruction or a declaration opens a quoted
+// Walks an XML plist the way libplist 2.2's reader (xplist.c) tokenizes it, so that both agree on where
+// every tag ends: a double quote inside a tag, a processing instruction or a declaration opens a quoted
 // section that runs to the next double quote, and a '>' inside it ends nothing (so <array a="/>"> opens
 // an array). Comments and CDATA end at their first terminator, quotes or not. False when the nesting
 // passes the depth limit, a dictionary holds more keys than the reader can take in reasonable time, the
@@ -29,7 +29,8 @@ public:
 
     bool check()
     {
-        // libplist aborts on text holding a NUL character, raw or as a character reference.
+        // libplist 2.2 aborts on text holding a NUL character, raw or as a character reference: the
+        // assertion in plist_get_string_val quoted in https://github.com/libimobiledevice/libplist/issues/126.
         if (m_xml.contains('\0'))
             return false;
         const qsizetype n = m_xml.size();
@@ -154,7 +155,8 @@ private:
             m_open.pop_back();
             return true;
         }
-        // libplist looks every new key up among the ones before it, one by one.
+        // libplist 2.2 looks every new key up among the ones before it, one by one: measured here, the
+        // time grows with the square of the keys.
         if (name == "key" && !empty && !m_open.empty() && m_open.back().isDictionary)
             return ++m_open.back().keys <= PropertyList::maximumDictionaryKeys;
         return true;
@@ -202,6 +204,8 @@ public:
 
 private:
     enum State : uchar { Unvisited, OnStack, Done };
+    // The high four bits of an object's marker byte.
+    enum Type : uchar { Data = 0x4, AsciiString = 0x5, Utf16String = 0x6, Array = 0xA, Dictionary = 0xD };
     static constexpr int tooDeep = PropertyList::maximumDepth + 1;
 
     quint64 readBigEndian(qsizetype at, int width) const
@@ -212,66 +216,102 @@ private:
         return value;
     }
 
+    // One object as its offset-table entry places it: the marker's type, its count (read from the
+    // following integer when the marker's own four bits cannot hold it) and where its body starts.
+    struct Object {
+        uchar type;
+        quint64 count;
+        qsizetype body;
+    };
+
+    static bool hasCount(uchar type)
+    {
+        return type == Data || type == AsciiString || type == Utf16String || isContainer(type);
+    }
+
+    // Arrays, ordered sets (0xB), sets (0xC) and dictionaries: the only objects that refer to others.
+    static bool isContainer(uchar type) { return type >= Array && type <= Dictionary; }
+
+    // Absent when the entry points outside the object area or the count runs past it.
+    std::optional<Object> objectAt(quint64 index) const
+    {
+        const qsizetype end = m_tableOffset;
+        const quint64 offset = readBigEndian(m_tableOffset + qsizetype(index) * m_offsetSize, m_offsetSize);
+        if (offset < quint64(binaryMagic.size()) || offset >= quint64(end))
+            return std::nullopt;
+        const uchar marker = uchar(m_data[qsizetype(offset)]);
+        Object object{uchar(marker >> 4), quint64(marker & 0x0F), qsizetype(offset) + 1};
+        if (!hasCount(object.type) || object.count != 0x0F)
+            return object;
+        const qsizetype at = object.body;
+        if (at >= end || (uchar(m_data[at]) >> 4) != 0x1)
+            return std::nullopt;
+        const int width = 1 << (uchar(m_data[at]) & 0x0F);
+        if (width > 8 || at + 1 + width > end)
+            return std::nullopt;
+        object.count = readBigEndian(at + 1, width);
+        object.body = at + 1 + width;
+        return object;
+    }
+
+    // libplist 2.2 asserts that a key's or string's length equals its strlen() (plist_get_key_val and
+    // plist_get_string_val, quoted in https://github.com/libimobiledevice/libplist/issues/126), so a NUL
+    // character inside one, in ASCII or UTF-16 form, aborts the whole program.
+    bool isTextWithoutNul(const Object &object) const
+    {
+        if (object.type != AsciiString && object.type != Utf16String)
+            return true;
+        const int unit = object.type == Utf16String ? 2 : 1;
+        const qsizetype end = m_tableOffset;
+        if (object.count > quint64(end) || object.count * unit > quint64(end - object.body))
+            return false;
+        const QByteArrayView text = m_data.sliced(object.body, qsizetype(object.count) * unit);
+        for (qsizetype k = 0; k < text.size(); k += unit) {
+            if (text[k] == 0 && (unit == 1 || text[k + 1] == 0))
+                return false;
+        }
+        return true;
+    }
+
     // Depth of the subtree at object index, entered at the given level; tooDeep on a cycle, a broken
     // reference, passing the depth limit or expanding to too many objects.
     int depthOf(quint64 index, int level)
     {
-        if (index >= m_objectCount)
-            return tooDeep;
-        if (m_state[index] == OnStack)
+        if (index >= m_objectCount || m_state[index] == OnStack)
             return tooDeep;
         if (m_state[index] == Done)
-            return m_depth[index] >= tooDeep ? tooDeep : m_depth[index];
-        const quint64 offset = readBigEndian(m_tableOffset + qsizetype(index) * m_offsetSize, m_offsetSize);
-        const qsizetype end = m_tableOffset;
-        if (offset < quint64(binaryMagic.size()) || offset >= quint64(end))
+            return m_depth[index];
+        const std::optional<Object> object = objectAt(index);
+        if (!object || !isTextWithoutNul(*object))
             return tooDeep;
-        qsizetype at = qsizetype(offset);
-        const uchar marker = uchar(m_data[at]);
-        const uchar type = marker >> 4;
-        quint64 count = marker & 0x0F;
-        ++at;
-        const bool counted = type == 0x4 || (type >= 0x5 && type <= 0x6) || (type >= 0xA && type <= 0xD);
-        if (counted && count == 0x0F) {
-            if (at >= end || (uchar(m_data[at]) >> 4) != 0x1)
-                return tooDeep;
-            const int width = 1 << (uchar(m_data[at]) & 0x0F);
-            if (width > 8 || at + 1 + width > end)
-                return tooDeep;
-            count = readBigEndian(at + 1, width);
-            at += 1 + width;
+        int depth = 0;
+        if (isContainer(object->type)) {
+            m_state[index] = OnStack;
+            depth = containerDepth(index, *object, level);
         }
-        // libplist asserts (and so aborts the whole program) on a key or string holding a NUL
-        // character, which a hostile list can carry in ASCII (0x5) or UTF-16 (0x6) form.
-        if (type == 0x5 || type == 0x6) {
-            const quint64 bytes = type == 0x6 ? count * 2 : count;
-            if (count > quint64(end) || bytes > quint64(end - at))
-                return tooDeep;
-            const QByteArrayView text = m_data.sliced(at, qsizetype(bytes));
-            for (qsizetype k = 0; k < text.size(); k += type == 0x6 ? 2 : 1) {
-                if (text[k] == 0 && (type == 0x5 || text[k + 1] == 0))
-                    return tooDeep;
-            }
-        }
-        // 0xA array, 0xB ordered set, 0xC set, 0xD dictionary: the only objects that refer to others.
-        if (type < 0xA || type > 0xD) {
-            m_state[index] = Done;
-            m_depth[index] = 0;
-            return 0;
-        }
-        // Only containers add a level: a string inside the deepest allowed array is fine.
+        m_state[index] = Done;
+        m_depth[index] = depth;
+        return depth;
+    }
+
+    // Only containers add a level: a string inside the deepest allowed array is fine.
+    int containerDepth(quint64 index, const Object &container, int level)
+    {
         if (level > PropertyList::maximumDepth)
             return tooDeep;
-        const quint64 references = type == 0xD ? count * 2 : count;
-        if (count > quint64(end) || references > quint64(end - at) / m_refSize)
+        // A dictionary lists its keys' references, then its values'.
+        const quint64 references = container.type == Dictionary ? container.count * 2 : container.count;
+        const qsizetype end = m_tableOffset;
+        if (container.count > quint64(end) || references > quint64(end - container.body) / m_refSize)
             return tooDeep;
-        m_state[index] = OnStack;
         int deepest = 0;
-        // Memoised per object, but summed per reference: arrays that each hold the next one twice are
-        // a few bytes and 2^depth copies.
+        // libplist 2.2 parses a referenced object again for every reference to it
+        // (parse_bin_node_at_index keeps no table of parsed objects), so the objects are memoised but
+        // the expansion is summed per reference: arrays that each hold the next one twice are a few
+        // bytes and 2^depth copies.
         quint64 expanded = 1;
         for (quint64 k = 0; k < references && deepest < tooDeep; ++k) {
-            const quint64 child = readBigEndian(at + qsizetype(k) * m_refSize, m_refSize);
+            const quint64 child = readBigEndian(container.body + qsizetype(k) * m_refSize, m_refSize);
             deepest = std::max(deepest, depthOf(child, level + 1));
             if (deepest < tooDeep)
                 expanded += m_expanded[child];
@@ -279,10 +319,7 @@ private:
                 deepest = tooDeep;
         }
         m_expanded[index] = expanded;
-        const int depth = deepest >= tooDeep ? tooDeep : deepest + 1;
-        m_state[index] = Done;
-        m_depth[index] = depth;
-        return depth;
+        return deepest >= tooDeep ? tooDeep : deepest + 1;
     }
 
     QByteArrayView m_data;
@@ -307,79 +344,91 @@ QString takeString(char *raw)
     return value;
 }
 
+QVariant toVariant(plist_t node);
+
+QByteArray dataOf(plist_t node)
+{
+    char *raw = nullptr;
+    uint64_t length = 0;
+    plist_get_data_val(node, &raw, &length);
+    QByteArray value(raw, qsizetype(length));
+    free(raw);
+    return value;
+}
+
+QDateTime dateOf(plist_t node)
+{
+    int32_t seconds = 0, microseconds = 0;
+    plist_get_date_val(node, &seconds, &microseconds);
+    static const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), QTimeZone::utc());
+    return reference.addMSecs(qint64(seconds) * 1000 + microseconds / 1000);
+}
+
+QVariantList listOf(plist_t node)
+{
+    QVariantList list;
+    const uint32_t size = plist_array_get_size(node);
+    list.reserve(size);
+    for (uint32_t k = 0; k < size; ++k)
+        list.append(toVariant(plist_array_get_item(node, k)));
+    return list;
+}
+
+QVariantMap mapOf(plist_t node)
+{
+    QVariantMap map;
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(node, &iterator);
+    for (;;) {
+        char *key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(node, iterator, &key, &value);
+        if (!value) {
+            free(key);
+            break;
+        }
+        map.insert(takeString(key), toVariant(value));
+    }
+    free(iterator);
+    return map;
+}
+
 QVariant toVariant(plist_t node)
 {
+    char *text = nullptr;
+    uint64_t number = 0;
     switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN: {
         uint8_t value = 0;
         plist_get_bool_val(node, &value);
         return bool(value);
     }
-    case PLIST_UINT: {
+    case PLIST_UINT:
         // libplist keeps signed integers in the same 64 bits.
-        uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return qint64(value);
-    }
+        plist_get_uint_val(node, &number);
+        return qint64(number);
     case PLIST_REAL: {
         double value = 0;
         plist_get_real_val(node, &value);
         return value;
     }
-    case PLIST_STRING: {
-        char *raw = nullptr;
-        plist_get_string_val(node, &raw);
-        return takeString(raw);
-    }
-    case PLIST_KEY: {
-        char *raw = nullptr;
-        plist_get_key_val(node, &raw);
-        return takeString(raw);
-    }
-    case PLIST_DATA: {
-        char *raw = nullptr;
-        uint64_t length = 0;
-        plist_get_data_val(node, &raw, &length);
-        QByteArray value(raw, qsizetype(length));
-        free(raw);
-        return value;
-    }
-    case PLIST_DATE: {
-        int32_t seconds = 0, microseconds = 0;
-        plist_get_date_val(node, &seconds, &microseconds);
-        static const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), QTimeZone::utc());
-        return reference.addMSecs(qint64(seconds) * 1000 + microseconds / 1000);
-    }
-    case PLIST_UID: {
-        uint64_t value = 0;
-        plist_get_uid_val(node, &value);
-        return quint64(value);
-    }
-    case PLIST_ARRAY: {
-        QVariantList list;
-        const uint32_t size = plist_array_get_size(node);
-        list.reserve(size);
-        for (uint32_t k = 0; k < size; ++k)
-            list.append(toVariant(plist_array_get_item(node, k)));
-        return list;
-    }
-    case PLIST_DICT: {
-        QVariantMap map;
-        plist_dict_iter iterator = nullptr;
-        plist_dict_new_iter(node, &iterator);
-        for (;;) {
-            char *key = nullptr;
-            plist_t value = nullptr;
-            plist_dict_next_item(node, iterator, &key, &value);
-            if (!value) {
-                free(key);
-                break;
-            }
-            map.insert(takeString(key), toVariant(value));
-        }
-        free(iterator);
-        return map;
-    }
+    case PLIST_STRING:
+        plist_get_string_val(node, &text);
+        return takeString(text);
+    case PLIST_KEY:
+        plist_get_key_val(node, &text);
+        return takeString(text);
+    case PLIST_DATA:
+        return dataOf(node);
+    case PLIST_DATE:
+        return dateOf(node);
+    case PLIST_UID:
+        plist_get_uid_val(node, &number);
+        return quint64(number);
+    case PLIST_ARRAY:
+        return listOf(node);
+    case PLIST_DICT:
+        return mapOf(node);
     default:
         return {};
     }

@@ -7,11 +7,13 @@
 
 #include <optional>
 
-// PropertyListSerialization on libplist, XML and binary. libplist recurses once per nesting level,
-// trusts binary offsets, copies every shared reference of a binary list and looks up each new XML key
-// among all earlier ones, so every input is checked first: over 16 MiB, nested deeper than 64, expanding
-// to more objects or dictionary keys than below, or structurally broken counts as unreadable and is never
-// handed to the parser.
+// Property lists, XML and binary, read with libplist. libplist 2.2 (Debian 12) has no limits of its
+// own: it parses one nesting level per recursive call and frees the tree the same way
+// (https://github.com/libimobiledevice/libplist/issues/298), parses a binary object again for every
+// reference to it, aborts on a NUL character inside a key or string, and looks each new XML key up among
+// the dictionary's earlier ones. So every input is checked first: over 16 MiB, nested deeper than 64,
+// expanding to more objects or dictionary keys than below, or structurally broken counts as unreadable
+// and is never handed to the parser.
 //
 // Values arrive as QVariant: a dictionary as QVariantMap, an array as QVariantList, a string as QString,
 // an integer as qint64, a real as double, a Boolean as bool, a date as QDateTime, data as QByteArray.

@@ -101,7 +101,8 @@ void terminalBell()
 
 void beep()
 {
-    // The system's own alert sound where there is one; Qt's beep lives in Qt Widgets.
+    // The system's own alert sound where there is one; Qt's only beep is QApplication::beep() in Qt Widgets
+    // (https://doc.qt.io/qt-6/qapplication.html#beep), which the core library does not link.
     if (MacPlatform::beep())
         return;
     if (!playTone())

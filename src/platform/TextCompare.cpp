@@ -8,10 +8,12 @@ namespace TextCompare {
 
 int localizedCaseInsensitiveCompare(const QString &a, const QString &b)
 {
-    // QCollator is not safe to share between threads; scans sort on worker threads.
+    // QCollator is reentrant, not thread-safe (https://doc.qt.io/qt-6/qcollator.html), and scans sort on
+    // worker threads: one per thread.
     thread_local const QCollator collator = [] {
-        // Under the C locale QCollator falls back to comparing code points, which sorts "Äpfel" after
-        // "Zeta"; a Mac never runs without a language, so use English there.
+        // Since the fix for https://bugreports.qt.io/browse/QTBUG-58621 QCollator compares code points
+        // under the C locale, which sorts "Äpfel" after "Zeta"; a Mac never runs without a language, so
+        // use English there.
         const QLocale locale; // the application's default, which follows the system's
         QCollator c(locale.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : locale);
         c.setCaseSensitivity(Qt::CaseInsensitive);

@@ -3,8 +3,8 @@
 
 #include <QString>
 
-// localizedCaseInsensitiveCompare: the one comparison behind every sort of names and paths; and the
-// one count of characters behind every length rule.
+// The one comparison behind every sort of names and paths, so that the window, the command line and the
+// tests agree on one order; and the one count of characters behind every length rule.
 namespace TextCompare {
 
 // Negative, zero or positive, as a is ordered before, the same as, or after b.

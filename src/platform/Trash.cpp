@@ -28,7 +28,10 @@ namespace Trash {
 
 #ifdef Q_OS_MACOS
 
-// Cocoa's own call: QFile::moveToTrash reports its error codes as "Unknown error: 513".
+// Not QFile::moveToTrash: Qt's macOS version hands the NSError's code on as an errno value
+// (moveFileToTrash in qfilesystemengine_mac.mm,
+// https://github.com/qt/qtbase/blob/05fc3aef53348fb58be6308076e000825b704e58/src/corelib/io/qfilesystemengine_mac.mm),
+// so a refusal reads "Unknown error: 513" instead of the system's own sentence.
 bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
 {
     return MacPlatform::trashItem(path, error, trashedPath);
@@ -225,7 +228,8 @@ bool moveFile(const QByteArray &from, const QByteArray &to, QString *error)
     const GFilePointer source(g_file_new_for_path(from.constData()));
     const GFilePointer target(g_file_new_for_path(to.constData()));
     GError *failure = nullptr;
-    // Without G_FILE_COPY_OVERWRITE GIO refuses an existing target.
+    // Without G_FILE_COPY_OVERWRITE GIO refuses an existing target
+    // (https://docs.gtk.org/gio/method.File.move.html): a put-back never replaces what took the place.
     if (g_file_move(source.get(), target.get(), GFileCopyFlags(G_FILE_COPY_NOFOLLOW_SYMLINKS | G_FILE_COPY_ALL_METADATA),
                     nullptr, nullptr, nullptr, &failure))
         return true;
@@ -254,7 +258,11 @@ QString homeMissingMessage()
 
 } // namespace
 
-// Not QFile::moveToTrash: its Linux implementation in Qt 6.4 has defects that can lose the item.
+// Not QFile::moveToTrash: on Linux, Qt 6.4 moves the item first and writes its record afterwards without
+// checking the write, then reports success (moveFileToTrash in
+// https://github.com/qt/qtbase/blob/6.4/src/corelib/io/qfilesystemengine_unix.cpp), so on a full disk
+// the item sits in the Trash with an empty record and nothing can put it back. GIO writes the record
+// first; its unchecked write is caught below.
 bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
 {
     const QByteArray native = NativePath::encode(path);
@@ -285,8 +293,10 @@ bool moveToTrash(const QString &path, QString *error, QString *trashedPath)
                 *trashedPath = NativePath::decode(entry);
             return true;
         }
-        // GIO ignores a failed write of the record (a full disk leaves it empty), and an entry without
-        // one cannot be restored by anything: the item goes back where it was.
+        // GLib 2.74 ignores a failed write of the record: g_local_file_trash passes no GError to
+        // g_file_set_contents_full and moves the item regardless
+        // (https://gitlab.gnome.org/GNOME/glib/-/blob/2.74.6/gio/glocalfile.c), so a full disk leaves the
+        // record empty. An entry without one cannot be restored by anything: the item goes back.
         QString moveError;
         if (!moveFile(entry, native, &moveError)) {
             if (error)

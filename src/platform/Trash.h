@@ -5,8 +5,7 @@
 
 #include <optional>
 
-// FileManager's trashItem(at:resultingItemURL:): moves one file, folder or symbolic link (the link
-// itself) to the user's Trash, where the desktop's file manager can restore it. On Linux this is the
+// Moves one file, folder or symbolic link (the link itself) to the user's Trash, where the desktop's file manager can restore it. On Linux this is the
 // freedesktop Trash through GIO: $XDG_DATA_HOME/Trash for the home file system, the mount's own
 // .Trash-$UID elsewhere; each item sits in files/ beside a record in info/ of where it came from.
 namespace Trash {

@@ -3,7 +3,7 @@
 
 #include <QUrl>
 
-// Hands an address to the system's default browser or handler (NSWorkspace open).
+// Hands an address to the system's default browser or handler.
 namespace UrlOpener {
 
 // The outcome is not reported: a failed open is not the caller's concern.

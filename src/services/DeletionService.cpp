@@ -10,8 +10,9 @@ namespace DeletionService {
 
 namespace {
 
-// GIO resolves a relative path against the working folder and folds "..", so such an id could name
-// something other than what the user saw; only plain absolute paths are handed over.
+// GIO resolves a relative path against the working folder and folds ".." without looking at the disk
+// (g_file_new_for_path, https://docs.gtk.org/glib/func.canonicalize_filename.html), so such an id could
+// name something other than what the user saw; only plain absolute paths are handed over.
 bool isPlainAbsolutePath(const QString &path)
 {
     if (!path.startsWith(QLatin1Char('/')) || path == QLatin1String("/"))

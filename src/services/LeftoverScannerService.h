@@ -9,7 +9,7 @@
 // Finds what belongs to one installed app: its bundle and every related file in the Library folders.
 namespace LeftoverScannerService {
 
-// scan(for:): runs the whole scan on the global thread pool; never fails, possibly empty.
+// Runs the whole scan on the global thread pool; never fails, possibly empty.
 [[nodiscard]] QFuture<ScanResult> scan(const InstalledApp &app);
 
 } // namespace LeftoverScannerService

@@ -18,7 +18,8 @@
 #include <functional>
 #include <memory>
 
-// A resource in a static library is only linked in when something names its initialiser.
+// A resource in a static library is only linked in when something names its initialiser
+// (https://doc.qt.io/qt-6/resources.html#using-resources-in-a-library).
 static void initialiseOwnResources()
 {
     Q_INIT_RESOURCE(kestrune);
@@ -34,8 +35,9 @@ struct ReleaseManifest {
     std::optional<QString> releaseNotes;
 };
 
-// The three keys, each of its own JSON type (the notes may also be null or missing); a key of another
-// type fails the whole document, other keys are ignored.
+// "version" and "downloadURL" must be strings, "releaseNotes" a string, null or missing; other keys are
+// ignored. Anything else (a key missing or of another type, a body that is no JSON object) gives no
+// manifest, and so no update is offered.
 std::optional<ReleaseManifest> decodeManifest(const QByteArray &body)
 {
     QJsonParseError error;
@@ -58,7 +60,7 @@ std::optional<ReleaseManifest> decodeManifest(const QByteArray &body)
 
 std::optional<QUrl> resolvedDownloadURL(const QUrl &feed, const QString &downloadPath)
 {
-    // Tolerant, as the platform's own parser now is: a space in a file name is encoded, not refused.
+    // Tolerant, so a space in a file name is encoded rather than costing the whole offer.
     const QUrl parsed(downloadPath, QUrl::TolerantMode);
     if (downloadPath.isEmpty() || !parsed.isValid())
         return std::nullopt;
@@ -103,8 +105,8 @@ std::optional<AppUpdateInfo> offerFrom(const QUrl &feed, const std::optional<Res
 
 // Runs on a pool thread: its own event loop drives the request, so the caller never waits. The answer
 // is delivered as soon as the request ends or the deadline passes, before the network objects are torn
-// down: that can wait a further five seconds for Qt's connection thread when a server floods it (an
-// endless header), and the deadline is for the whole check.
+// down: with Qt 6.4 that can wait a further five seconds for Qt's connection thread when a server floods
+// it (an endless header), and the deadline is for the whole check.
 void fetch(const QUrl &feed, std::chrono::milliseconds timeout, const std::function<void(const std::optional<Response> &)> &deliver)
 {
     QNetworkAccessManager manager;
