@@ -5,6 +5,7 @@
 #include "models/OrphanConfidence.h"
 
 #include <QJsonArray>
+#include <QStringList>
 
 namespace {
 
@@ -68,6 +69,15 @@ const QList<RecordField<LeftoverItem>> &all<LeftoverItem>()
          F::Shown::inWindow},
         // How the item was found and, when claimed, why it is another's: the row's tooltip.
         {"howFound", [](const LeftoverItem &item) { return QVariant(item.howFound()); }, F::Shown::inWindow},
+        // What a screen reader says for the row: name, size and, when claimed, whose it is.
+        {"spokenName",
+         [](const LeftoverItem &item) {
+             QStringList parts{item.name(), item.formattedSize()};
+             if (item.claimedBy)
+                 parts.append(item.claimedBy->label());
+             return QVariant(parts.join(QStringLiteral(", ")));
+         },
+         F::Shown::inWindow},
         {"systemLevel", [](const LeftoverItem &item) { return QVariant(LeftoverCategories::systemLevel(item.category)); },
          F::Shown::inWindow},
     };

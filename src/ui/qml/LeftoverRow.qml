@@ -14,13 +14,14 @@ AbstractButton {
     // Whose the item is when it is not the scanned app's ("Belongs to …", "Part of macOS").
     property string owner
     property string howFound
+    property string spokenName
     signal toggle()
 
     leftPadding: 14; rightPadding: 14; topPadding: 10; bottomPadding: 10
     hoverEnabled: true
     focusPolicy: Qt.TabFocus
     Accessible.role: Accessible.CheckBox
-    Accessible.name: name + ", " + formattedSize + (owner ? ", " + owner : "")
+    Accessible.name: spokenName
     Accessible.checkable: true
     Accessible.checked: isSelected
     Accessible.selected: isSelected

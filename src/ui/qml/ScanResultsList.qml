@@ -117,6 +117,7 @@ ListView {
         required property bool isSelected
         required property string owner
         required property string howFound
+        required property string spokenName
         required property bool systemLevel
         required property bool opensSection
         required property string sectionSummary
@@ -161,6 +162,7 @@ ListView {
             isSelected: slot.isSelected
             owner: slot.owner
             howFound: slot.howFound
+            spokenName: slot.spokenName
             onToggle: list.itemToggled(slot.id)
         }
         Rectangle {
