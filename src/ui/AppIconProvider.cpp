@@ -112,8 +112,8 @@ QImage image(int size)
 QImage bundleIcon(const QString &bundlePath, int size)
 {
 #ifdef Q_OS_MACOS
-    // NSWorkspace's icon through Qt's platform theme: it also draws apps whose icon lives only in an
-    // asset catalog, which no image plugin reads.
+    // The icon the Finder shows, through Qt's platform theme: it also draws apps whose icon lives only
+    // in an asset catalog, which no image plugin reads.
     const QIcon system = QAbstractFileIconProvider().icon(QFileInfo(bundlePath));
     if (!system.isNull()) {
         if (QImage found = system.pixmap(size, size).toImage(); !found.isNull())

@@ -14,7 +14,7 @@ namespace AppIconProvider {
 // step later.
 [[nodiscard]] QImage image(int size = 256);
 
-// The bundle's icon: on a Mac the system's (NSWorkspace); elsewhere the file its Info.plist names
+// The bundle's icon: on a Mac the one the Finder shows; elsewhere the file its Info.plist names
 // (CFBundleIconFile, read as .icns or any format Qt's plugins know). The generic app symbol when there
 // is none or it can't be decoded.
 [[nodiscard]] QImage bundleIcon(const QString &bundlePath, int size);

@@ -20,7 +20,8 @@ void prepareEngine(QQmlEngine &engine)
         return true;
     }();
     Q_UNUSED(prepared);
-    // Where the modules' QML files live; Qt 6.5 and later search it on their own.
+    // Where the modules' QML files live. Qt 6.5 made it a default import path
+    // (https://doc.qt.io/qt-6/qt-cmake-policy-qtp0001.html); Debian's 6.4 still needs telling.
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine.addImageProvider(QStringLiteral("appicon"), new AppIconImageProvider);
 }
