@@ -21,6 +21,8 @@
 
 namespace {
 
+QPointF centreInWindow(const QQuickItem *item) { return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)); }
+
 template<typename T>
 QFuture<T> finished(T value)
 {
@@ -128,15 +130,6 @@ QUrl QuickHarness::applicationUrl(const QString &bundleName) const
 {
     return QUrl::fromLocalFile(applicationPath(bundleName));
 }
-
-namespace {
-
-QPointF centreInWindow(const QQuickItem *item)
-{
-    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
-}
-
-} // namespace
 
 bool QuickHarness::dragOver(QQuickItem *item, const QVariantMap &data)
 {
