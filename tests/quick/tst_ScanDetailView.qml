@@ -51,14 +51,6 @@ Item {
             waitForRendering(detail)
         }
 
-        // The full drop zone stays at most 560 wide however wide the pane is.
-        function test_dropZoneWidth() {
-            const detail = makeDetail(false)
-            const area = findChild(detail, "dropArea")
-            tryVerify(() => area !== null && area.width > 0)
-            compare(area.width, 560)
-        }
-
         function test_emptyStatesOfBothModes() {
             const detail = makeDetail(false)
             verify(shownText(detail, "Remove an App Completely"))
