@@ -142,6 +142,7 @@ TestCase {
         harness.keyClick(window, Qt.Key_Tab)
         harness.keyClick(window, Qt.Key_Return)
         tryVerify(() => !dialog.visible)
+        verify(!model.showDeleteConfirmation)
         tryCompare(harness, "trashRuns", runs + 1)
     }
 
