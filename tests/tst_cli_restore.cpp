@@ -1,47 +1,24 @@
 // SPDX-License-Identifier: MIT
 // `kestrune-cli restore` against a sample Mac whose items went to a Trash in the test's sandbox:
-// everything comes back byte for byte, and nothing that took an item's place is overwritten.
+// everything comes back byte for byte.
 #include "TestSupport.h"
 
-#include <QCryptographicHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <filesystem>
-#include <fstream>
-#include <map>
-
 using TestSupport::jsonPaths;
 using TestSupport::Run;
 
 namespace {
 
-// Every entry under folder: its kind, and a file's bytes or a link's target.
-std::map<std::string, std::string> snapshot(const QString &folder)
+// Every entry under folder: its kind, and a file's hash or a link's target, never following links (the
+// sample holds a link loop).
+QByteArray snapshot(const QString &folder)
 {
-    namespace fs = std::filesystem;
-    std::map<std::string, std::string> entries;
-    const fs::path root = QFile::encodeName(folder).toStdString();
-    // Error codes throughout: the sample holds a link loop, which must be read, not followed.
-    std::error_code error;
-    for (auto it = fs::recursive_directory_iterator(root, error); !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
-        const fs::path relative = it->path().lexically_relative(root);
-        std::error_code ignored;
-        const fs::file_status status = fs::symlink_status(it->path(), ignored);
-        if (fs::is_symlink(status)) {
-            entries[relative.native()] = "link " + fs::read_symlink(it->path(), ignored).native();
-        } else if (fs::is_directory(status)) {
-            entries[relative.native()] = "folder";
-        } else {
-            std::ifstream in(it->path(), std::ios::binary);
-            const std::string bytes((std::istreambuf_iterator<char>(in)), {});
-            entries[relative.native()] = "file " + QCryptographicHash::hash(QByteArray::fromStdString(bytes), QCryptographicHash::Sha256).toHex().toStdString();
-        }
-    }
-    return entries;
+    return TestSupport::runProgram(QStringLiteral("sh"), {"-c", "cd \"$0\" && find . -printf '%y %p %l\\n' | sort && find . -type f -exec sha256sum {} + | sort", folder}).out;
 }
 
 } // namespace
@@ -86,48 +63,29 @@ private Q_SLOTS:
 
     void restoresAppByteForByte()
     {
-        const auto before = snapshot(m_root);
-        QVERIFY(before.size() > 500);
+        const QByteArray before = snapshot(m_root);
+        QVERIFY(before.count('\n') > 500);
         const QStringList moved = removeAnApp();
         QVERIFY(moved.size() >= 3);
-        QVERIFY(snapshot(m_root).size() < before.size());
+        QVERIFY(snapshot(m_root) != before);
 
         const Run restored = cli(QStringList{"restore"} + moved + QStringList{"--json"});
         QCOMPARE(restored.exitCode, 0);
         const QJsonObject report = QJsonDocument::fromJson(restored.out).object();
         QCOMPARE(report.keys(), (QStringList{"failed", "restored"}));
         QStringList back = jsonPaths(report[u"restored"]);
-        back.sort();
         QStringList expected = moved;
+        back.sort();
         expected.sort();
         QCOMPARE(back, expected);
         QVERIFY(snapshot(m_root) == before);
         QVERIFY(TestSupport::trashedIn(TestSupport::homeTrash()).isEmpty());
 
-        // Nothing left to put back: each path is reported, exit 1.
-        const Run again = cli({"restore", moved.first(), "--json"});
+        // Nothing left to put back: each path is reported, exit 1. What took an item's place is the
+        // service's own test.
+        const Run again = cli({"restore", moved.first()});
         QCOMPARE(again.exitCode, 1);
-        QCOMPARE(jsonPaths(QJsonDocument::fromJson(again.out)[u"failed"]), QStringList{moved.first()});
-    }
-
-    // A file that took an item's place stays; the item stays in the Trash; the rest comes back.
-    void takenPlaceIsKept()
-    {
-        const QStringList moved = removeAnApp();
-        QVERIFY(moved.size() >= 3);
-        // An item that held none of the others and whose folder is still there.
-        const auto found = std::find_if(moved.cbegin(), moved.cend(), [&moved](const QString &path) {
-            return QFileInfo(QFileInfo(path).path()).isDir()
-                && std::none_of(moved.cbegin(), moved.cend(), [&path](const QString &other) { return other.startsWith(path + '/'); });
-        });
-        QVERIFY(found != moved.cend());
-        const QString taken = *found;
-        TestSupport::writeFile(taken, "someone else's");
-        const Run restored = cli(QStringList{"restore"} + moved);
-        QCOMPARE(restored.exitCode, 1);
-        QVERIFY2(restored.out.contains("FAILED") && restored.err.contains("1 item could not be put back"), restored.out.constData());
-        QCOMPARE(TestSupport::readBytes(taken), QByteArray("someone else's"));
-        QCOMPARE(TestSupport::trashedIn(TestSupport::homeTrash()).size(), 1);
+        QVERIFY2(again.out.contains("FAILED") && again.err.contains("1 item could not be put back"), again.err.constData());
     }
 };
 

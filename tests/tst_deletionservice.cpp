@@ -84,18 +84,13 @@ private Q_SLOTS:
                  (QStringList{"/a/b/c", "/x/22", "/x/11", "/a/b", "/e\u0301\u0301\u0301"}));
     }
 
-    void emptyListTouchesNothing()
-    {
-        const DeletionReport report = DeletionService::moveToTrash({});
-        QVERIFY(report.deleted.isEmpty() && report.failed.isEmpty());
-        QVERIFY(!QFileInfo::exists(homeTrash()));
-    }
-
     // A folder's own items are trashed before it; a failure stops nothing; what was not given stays, even
-    // behind a given symbolic link.
-    void mixedRun()
+    // behind a given symbolic link. Putting the run back restores every byte, folders before what they
+    // held, and leaves the Trash without a record of it.
+    void mixedRunAndPutBack()
     {
-        const QString file = write(QStringLiteral("Support/App/data.bin"), "inner");
+        const QString file = write(QStringLiteral("Support/App/data.bin"), QByteArray("\0\1binary", 8));
+        const QString nested = write(QStringLiteral("Support/App/sub/x"), "x");
         const QString folder = m_root + QStringLiteral("/Support/App");
         const QString vanished = m_root + QStringLiteral("/gone/long/long/name.plist"); // the longest: tried first
         const QString a = write(QStringLiteral("a.txt"), "A");
@@ -107,12 +102,24 @@ private Q_SLOTS:
         QCOMPARE(report.failed.size(), 1);
         QCOMPARE(report.failed.first().first.path(), vanished);
         QVERIFY2(report.failed.first().second.contains(QStringLiteral("No such file")), qPrintable(report.failed.first().second));
-        expectTrashed(file, "inner");
+        expectTrashed(file, QByteArray("\0\1binary", 8));
         expectTrashed(a, "A");
         QVERIFY(!trashedCopy(homeTrash(), folder).isEmpty());
         QCOMPARE(QFileInfo(trashedCopy(homeTrash(), link)).symLinkTarget(), kept);
         QCOMPARE(readBytes(link), QByteArray("<unreadable>"));
         QCOMPARE(readBytes(kept), QByteArray("K"));
+        QCOMPARE(report.trashedPaths.size(), 4);
+        for (const QString &trashed : report.trashedPaths)
+            QVERIFY2(trashed.startsWith(homeTrash() + QStringLiteral("/files/")), qPrintable(trashed));
+
+        const RestoreReport restored = DeletionService::putBack(DeletionService::trashedItems(report));
+        QVERIFY2(restored.failed.isEmpty(), qPrintable(restored.failed.value(0).second));
+        QCOMPARE(paths(restored.restored), (QStringList{a, link, folder, file}));
+        QCOMPARE(readBytes(file), QByteArray("\0\1binary", 8));
+        QCOMPARE(readBytes(nested), QByteArray("x"));
+        QCOMPARE(QFileInfo(link).symLinkTarget(), kept);
+        QVERIFY(trashedIn(homeTrash()).isEmpty());
+        QCOMPARE(QDir(homeTrash() + QStringLiteral("/files")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System), QStringList());
     }
 
     void refusesPathsThatAreNotPlainAbsolute()
@@ -127,31 +134,35 @@ private Q_SLOTS:
         QCOMPARE(readBytes(keep), QByteArray("K"));
     }
 
-    // Names that are not UTF-8 or that hold a newline come back byte for byte.
-    void awkwardNames()
+    // Names that are not UTF-8 or hold a newline, and a doubled separator (GIO records it as one): each
+    // goes to the Trash and comes back byte for byte.
+    void awkwardNamesComeBack_data()
     {
-        const QStringList names{NativePath::decode(QByteArray("caf\xe9 \xff.plist")), QStringLiteral("two\nlines")};
-        const DeletionReport report = DeletionService::moveToTrash({item(write(names.at(0), "1")), item(write(names.at(1), "2"))});
-        QVERIFY2(report.failed.isEmpty(), qPrintable(report.failed.value(0).second));
-        expectTrashed(m_root + QLatin1Char('/') + names.at(0), "1");
-        expectTrashed(m_root + QLatin1Char('/') + names.at(1), "2");
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<QString>("given");
+        QTest::newRow("not UTF-8") << NativePath::decode(QByteArray("caf\xe9 \xff.plist")) << QString();
+        QTest::newRow("newline") << QStringLiteral("two\nlines") << QString();
+        QTest::newRow("doubled separator") << QStringLiteral("Caches/double") << QStringLiteral("Caches//double");
     }
-
-    // GIO records a doubled separator as one: the record still names the item.
-    void doubledSeparator()
+    void awkwardNamesComeBack()
     {
-        write(QStringLiteral("Caches/double"), "2");
-        const DeletionReport report = DeletionService::moveToTrash({item(m_root + QStringLiteral("/Caches//double"))});
+        QFETCH(QString, written);
+        QFETCH(QString, given);
+        const QString path = write(written, "1");
+        const DeletionReport report = DeletionService::moveToTrash({item(given.isEmpty() ? path : m_root + QLatin1Char('/') + given)});
         QVERIFY2(report.failed.isEmpty(), qPrintable(report.failed.value(0).second));
+        expectTrashed(path, "1");
         QCOMPARE(DeletionService::putBack(DeletionService::trashedItems(report)).restored.size(), 1);
-        QCOMPARE(readBytes(m_root + QStringLiteral("/Caches/double")), QByteArray("2"));
+        QCOMPARE(readBytes(path), QByteArray("1"));
     }
 
-    // Two same-named items in one run, then the name again in a later run: no copy overwrites another.
+    // Two same-named items in one run, then the name again in a later run within the second: no copy
+    // overwrites another, and the later one is the newest.
     void sameNameOverwritesNothing()
     {
         const QString first = write(QStringLiteral("A/com.example.plist"), "first");
         const QString second = write(QStringLiteral("B/com.example.plist"), "second");
+        QVERIFY(!Trash::newestEntry(first));
         QCOMPARE(DeletionService::moveToTrash({item(first), item(second)}).deleted.size(), 2);
         write(QStringLiteral("A/com.example.plist"), "third");
         QCOMPARE(DeletionService::moveToTrash({item(first)}).deleted.size(), 1);
@@ -160,34 +171,8 @@ private Q_SLOTS:
             restored.append(NativePath::decode(entry.originalPath) + QLatin1Char('=') + readBytes(homeTrash() + "/files/" + entry.name));
         restored.sort();
         QCOMPARE(restored, (QStringList{first + "=first", first + "=third", second + "=second"}));
-    }
-
-    // Everything a run moved comes back byte for byte, folders before what they held, and the Trash
-    // keeps no record of it.
-    void putBackRestoresEverything()
-    {
-        const QString data = write(QStringLiteral("Support/App/data.bin"), QByteArray("\0\1binary", 8));
-        const QString nested = write(QStringLiteral("Support/App/sub/x"), "x");
-        const QString folder = m_root + QStringLiteral("/Support/App");
-        const QString odd = write(NativePath::decode(QByteArray("caf\xe9 \xff.plist")), "odd");
-        const QString kept = write(QStringLiteral("kept.txt"), "K");
-        const QString link = m_root + QStringLiteral("/link0");
-        makeSymlink(kept, link);
-        const DeletionReport report = DeletionService::moveToTrash({item(folder), item(data), item(odd), item(link)});
-        QVERIFY(report.failed.isEmpty());
-        QCOMPARE(report.trashedPaths.size(), 4);
-        for (const QString &trashed : report.trashedPaths)
-            QVERIFY2(trashed.startsWith(homeTrash() + QStringLiteral("/files/")), qPrintable(trashed));
-
-        const RestoreReport restored = DeletionService::putBack(DeletionService::trashedItems(report));
-        QVERIFY2(restored.failed.isEmpty(), qPrintable(restored.failed.value(0).second));
-        QCOMPARE(paths(restored.restored), (QStringList{link, folder, odd, data}));
-        QCOMPARE(readBytes(data), QByteArray("\0\1binary", 8));
-        QCOMPARE(readBytes(nested), QByteArray("x"));
-        QCOMPARE(readBytes(odd), QByteArray("odd"));
-        QCOMPARE(QFileInfo(link).symLinkTarget(), kept);
-        QVERIFY(trashedIn(homeTrash()).isEmpty());
-        QCOMPARE(QDir(homeTrash() + QStringLiteral("/files")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System), QStringList());
+        QCOMPARE(readBytes(Trash::newestEntry(first).value_or(QString())), QByteArray("third"));
+        QVERIFY(!Trash::newestEntry(m_root + QStringLiteral("/A/other")));
     }
 
     // A path taken again, or an entry the Trash no longer holds as coming from there: nothing moves.
@@ -212,20 +197,6 @@ private Q_SLOTS:
         QCOMPARE(readBytes(other), QByteArray("other"));
         QCOMPARE(readBytes(trashedCopy(homeTrash(), file)), QByteArray("old"));
         QVERIFY(!QFileInfo::exists(m_root + QStringLiteral("/Prefs/stranger.plist")));
-    }
-
-    // The same path trashed twice within a second: the later one is the newest.
-    void newestEntryOfAPath()
-    {
-        const QString file = write(QStringLiteral("Caches/state"), "first");
-        QVERIFY(!Trash::newestEntry(file));
-        QVERIFY(DeletionService::moveToTrash({item(file)}).failed.isEmpty());
-        write(QStringLiteral("Caches/state"), "second");
-        QVERIFY(DeletionService::moveToTrash({item(file)}).failed.isEmpty());
-        const std::optional<QString> newest = Trash::newestEntry(file);
-        QVERIFY(newest);
-        QCOMPARE(readBytes(*newest), QByteArray("second"));
-        QVERIFY(!Trash::newestEntry(m_root + QStringLiteral("/Caches/other")));
     }
 
     // GIO moves the item but writes an empty record when the Trash's disk is full; without the record

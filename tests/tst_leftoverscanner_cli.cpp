@@ -18,7 +18,6 @@ class LeftoverScanCliTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
         m_root = m_dir.path() + QStringLiteral("/mac");
         m_home = m_root + QStringLiteral("/Users/ann");
         TestSupport::writeApp(m_root + QStringLiteral("/Applications/Twin.app"), QStringLiteral("Twin"), QStringLiteral("com.a.twin"));

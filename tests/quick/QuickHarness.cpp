@@ -6,7 +6,6 @@
 
 #include <QImage>
 #include <QMimeData>
-#include <QDir>
 #include <QFileInfo>
 #include <QPromise>
 #include <QQuickItem>
@@ -20,6 +19,8 @@
 #include <cstdio>
 
 namespace {
+
+QPointF centreInWindow(const QQuickItem *item) { return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)); }
 
 template<typename T>
 QFuture<T> finished(T value)
@@ -129,15 +130,6 @@ QUrl QuickHarness::applicationUrl(const QString &bundleName) const
     return QUrl::fromLocalFile(applicationPath(bundleName));
 }
 
-namespace {
-
-QPointF centreInWindow(const QQuickItem *item)
-{
-    return item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
-}
-
-} // namespace
-
 bool QuickHarness::dragOver(QQuickItem *item, const QVariantMap &data)
 {
     m_dragData = std::make_unique<QMimeData>();
@@ -186,11 +178,9 @@ void QuickHarness::keyClick(QObject *window, int key)
 QString QuickHarness::bundleWithPipedIcon() const
 {
     const QString bundle = m_folder->path() + QStringLiteral("/Elsewhere/Piped.app");
-    TestSupport::writeFile(bundle + QStringLiteral("/Contents/Info.plist"),
-                           "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-                           "<key>CFBundleIconFile</key><string>Piped</string></dict></plist>");
+    TestSupport::writeFile(bundle + QStringLiteral("/Contents/Info.plist"), TestSupport::infoPlist({{"CFBundleIconFile", "Piped"}}));
     const QString icon = bundle + QStringLiteral("/Contents/Resources/Piped.icns");
-    QDir().mkpath(bundle + QStringLiteral("/Contents/Resources"));
+    TestSupport::makeFolder(bundle + QStringLiteral("/Contents/Resources"));
     if (!QFileInfo::exists(icon))
         ::mkfifo(QFile::encodeName(icon).constData(), 0600);
     return bundle;

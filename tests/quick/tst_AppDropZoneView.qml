@@ -27,16 +27,6 @@ Item {
             return createTemporaryObject(zoneComponent, root, {viewModel: model, compact: compact})
         }
 
-        function test_titles_data() {
-            return [{tag: "full", compact: false, title: "Drop an app here"},
-                    {tag: "compact", compact: true, title: "Drop an app to remove completely"}]
-        }
-        function test_titles(data) {
-            const zone = makeZone(data.compact)
-            compare(findChild(zone, "dropTitle").text, data.title)
-            verify(!findChild(zone, "dropProgress").visible)
-        }
-
         // Real drag events through the window, as another program's drag arrives.
         function test_realDragOfAnApp() {
             const zone = makeZone(false)
