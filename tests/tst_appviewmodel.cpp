@@ -4,10 +4,14 @@
 
 #include <QAbstractItemModelTester>
 #include <QPromise>
+#include <QProcess>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -211,6 +215,35 @@ private Q_SLOTS:
         QVERIFY(!model().selectedApp() && model().apps().isEmpty());
         // The window binds to the fields of no app too: each is there, empty, never undefined.
         QCOMPARE(model().selectedAppValue().value(QStringLiteral("bundleIdentifier")).metaType(), QMetaType::fromType<QString>());
+    }
+
+    // The window closed mid-task: at exit Qt destroys the result still waiting in the event queue
+    // while it holds the queue's lock, and the model must post nothing then or the program never ends.
+    void exitWithAResultUndelivered()
+    {
+        if (qEnvironmentVariableIsSet("KESTRUNE_EXIT_CHILD")) {
+            AppViewModelServices services = fakes().services();
+            services.discoverInstalledApps = [] {
+                return QtConcurrent::run([] {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                    return QList<InstalledApp>{};
+                });
+            };
+            AppViewModel exiting(services);
+            exiting.loadApps();
+            QThreadPool::globalInstance()->waitForDone();
+            return;
+        }
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("KESTRUNE_EXIT_CHILD"), QStringLiteral("1"));
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("exitWithAResultUndelivered")});
+        const bool ended = child.waitForFinished(20000);
+        if (!ended)
+            child.kill();
+        QVERIFY2(ended, "the program hung on its way out");
+        QCOMPARE(child.exitCode(), 0);
     }
 
     void tasksDoneBeforeTheCallReturnsStillShowTheirProgress()

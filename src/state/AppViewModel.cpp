@@ -15,6 +15,7 @@
 #include "services/SoundService.h"
 #include "services/UpdateCheckService.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -132,6 +133,11 @@ void AppViewModel::whenDone(QFuture<T> future, Apply apply)
     auto *context = new QObject;
     const QPointer<AppViewModel> self(this);
     const auto deliver = [self, context, apply, attaching](T value) {
+        // At exit Qt destroys the results still queued while it holds the queue's lock, which cancels
+        // them into this call (qfuture_impl.h: ~QPromise runs the continuation): posting anything now
+        // would wait on that lock for ever. The context goes with the process.
+        if (QCoreApplication::closingDown())
+            return;
         context->deleteLater();
         if (!self)
             return;
