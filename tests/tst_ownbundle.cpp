@@ -35,28 +35,6 @@ private Q_SLOTS:
         QCOMPARE(UpdateCheckService::currentVersion(), QStringLiteral(KESTRUNE_VERSION));
     }
 
-    void keys_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("short version") << "CFBundleShortVersionString" << KESTRUNE_VERSION;
-        QTest::newRow("build version") << "CFBundleVersion" << KESTRUNE_VERSION;
-        QTest::newRow("identifier") << "CFBundleIdentifier" << KESTRUNE_BUNDLE_IDENTIFIER;
-        QTest::newRow("executable") << "CFBundleExecutable" << "Kestrune";
-        QTest::newRow("package type") << "CFBundlePackageType" << "APPL";
-        QTest::newRow("icon") << "CFBundleIconFile" << "AppIcon";
-        QTest::newRow("minimum system") << "LSMinimumSystemVersion" << "11.0";
-        QTest::newRow("feed") << "AppUpdateFeedURL" << "https://kestrune.app/version.json";
-    }
-
-    void keys()
-    {
-        QFETCH(QString, key);
-        QFETCH(QString, expected);
-        QCOMPARE(m_generated.value(key), QVariant(expected));
-        QVERIFY(m_generated.value(QStringLiteral("NSHumanReadableCopyright")).toString().startsWith(QStringLiteral("Copyright ©")));
-    }
-
     void ownLeftoversAreNeverOffered()
     {
         const QString identifier = m_generated.value(QStringLiteral("CFBundleIdentifier")).toString();
