@@ -72,8 +72,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("stem");
         QTest::newRow("preferences") << "com.acme.notes.plist" << "com.acme.notes";
         QTest::newRow("lock file") << "com.acme.notes.plist.lockfile" << "com.acme.notes";
-        QTest::newRow("saved state") << "com.acme.notes.savedState" << "com.acme.notes";
-        QTest::newRow("cookies") << "com.acme.notes.binarycookies" << "com.acme.notes";
         QTest::newRow("recent documents") << "com.acme.notes.sfl3" << "com.acme.notes";
         QTest::newRow("sfl with letters stays") << "com.acme.notes.sflx" << "com.acme.notes.sflx";
         QTest::newRow("team prefix") << "HB7K2L9QX4.com.acme.notes" << "com.acme.notes";
