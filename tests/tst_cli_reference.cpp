@@ -37,8 +37,10 @@ class CliReferenceTest : public QObject
         for (const auto &[path, placeholder] : places)
             expanded.replaceInStrings(placeholder, path);
         const QString redirection = expanded.constLast().startsWith(u'>') ? expanded.takeLast() : QString();
-        const TestSupport::Run run = TestSupport::runProgram(QStringLiteral("/bin/sh"), QStringList{"-c", "exec \"$0\" \"$@\" " + redirection,
-                                                                     QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli")} + expanded);
+        // The display order follows the user's language: the files hold the one of the "C" locale.
+        const QString script = QStringLiteral("export LC_ALL=C.UTF-8; exec \"$0\" \"$@\" ") + redirection;
+        const TestSupport::Run run = TestSupport::runProgram(
+            QStringLiteral("/bin/sh"), QStringList{"-c", script, QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli")} + expanded);
         if (out)
             *out = run.out;
         for (QString &word : arguments)
