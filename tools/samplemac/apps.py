@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Installed apps in /Applications and ~/Applications, with every kind of information list."""
+import unicodedata
+
 from .context import App
 
 
@@ -72,6 +74,13 @@ def build(ctx):
     _bundle(ctx, apps_folder, "Broken.app", b"<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>")
     _bundle(ctx, apps_folder, "Café Über.app", info("Café Über", "de.cafe.ueber"), icon="corrupt")
     _bundle(ctx, apps_folder, "日本語エディタ.app", info("日本語エディタ", "jp.example.editor"))
+    # An emoji takes two terminal columns; accents copied from an HFS+ volume arrive decomposed, so
+    # the combining marks take none.
+    _bundle(ctx, apps_folder, "Pomodoro 🍅.app", info("Pomodoro 🍅", "com.tomatoworks.pomodoro"))
+    resume = unicodedata.normalize("NFD", "Résumé Builder")
+    _bundle(ctx, apps_folder, f"{resume}.app", info(resume, "com.example.resumebuilder"))
+    # One name twice: the release, and the beta the user keeps beside it in ~/Applications.
+    _bundle(ctx, apps_folder, "Pixel Ruler.app", info("Pixel Ruler", "com.pixelruler.PixelRuler"))
     zeta = _bundle(ctx, apps_folder, "Zeta Tools.app", info("Zeta Tools", "com.zeta.tools"), payload=80_000,
                   icon=(130, 90, 220))
     contents = zeta.path / "Contents"
@@ -91,6 +100,7 @@ def build(ctx):
 
     _bundle(ctx, home_apps, "Home Tool.app", info("Home Tool", "net.hometool.app"), icon=(60, 170, 90))
     _bundle(ctx, home_apps, "notes.app", info("notes", "org.lowercase.notes"))
+    _bundle(ctx, home_apps, "Pixel Ruler Beta.app", info("Pixel Ruler", "com.pixelruler.PixelRuler.beta", version="2.0b3"))
 
     if ctx.large:
         for index in range(500):

@@ -185,6 +185,13 @@ def _installed_look_alikes(ctx):
     ctx.orphan_look_alikes = written
 
 
+def _second_user(ctx):
+    """A second account on the same Mac, whose Library holds only what one app it tried left behind."""
+    lib = ctx.root / "Users" / "guest" / "Library"
+    _folder_with_files(ctx, lib / "Containers" / "com.vanished.sketchpad", files=1, size=1_500)
+    ctx.plist(lib / "Preferences" / "com.vanished.sketchpad.plist", {"CFBundleName": "Sketchpad"})
+
+
 def _large(ctx):
     lib = ctx.user("Library")
     rng = ctx.rng
@@ -223,6 +230,7 @@ def build(ctx):
     _bad_input(ctx)
     _system_files(ctx)
     _installed_look_alikes(ctx)
+    _second_user(ctx)
     if ctx.large:
         _large(ctx)
     expected = {key: {"confidence": grade, "evidenceSummary": evidence, "displayName": name}
