@@ -4,6 +4,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <dirent.h>
@@ -62,6 +63,9 @@ std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, 
         entries.append({decoded, prefix + decoded, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
     }
     ::closedir(dir);
+    // readdir's order is the file system's own (a hash on ext4): sorted, every scan lists and orders
+    // names that differ only in letter case the same way on every disk.
+    std::sort(entries.begin(), entries.end(), [](const DirectoryEntry &a, const DirectoryEntry &b) { return a.name < b.name; });
     return entries;
 }
 

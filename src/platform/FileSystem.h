@@ -29,8 +29,7 @@ struct DirectoryEntry {
 // Logical size of the file the path names (following links); absent when it cannot be read.
 [[nodiscard]] std::optional<qint64> fileSize(const QString &path);
 
-// The folder's immediate entries in the order the system lists them. Absent when the folder cannot be
-// listed.
+// The folder's immediate entries, sorted by name. Absent when the folder cannot be listed.
 [[nodiscard]] std::optional<QList<DirectoryEntry>> contentsOfDirectory(const QString &folder, bool skipsHiddenFiles = true);
 
 // Reads a whole regular file (through links), refusing files larger than maxBytes and anything else
