@@ -105,8 +105,7 @@ def _removed_apps(ctx):
     ctx.write(lib / "HTTPStorages" / "com.vanished.cookieonly.binarycookies", ctx.noise(300))
     _folder_with_files(ctx, lib / "Saved Application State" / "com.vanished.stateonly.savedState")
     _folder_with_files(ctx, lib / "Saved Application State" / "com.vanished.stateonly.SAVEDSTATE")
-    _prefs(ctx, "com.vanished.prefonly",
-    "com.vanished.triple.binarycookies", {"CFBundleName": "Pref Only"})
+    _prefs(ctx, "com.vanished.prefonly", {"CFBundleName": "Pref Only"})
     _folder_with_files(ctx, lib / "Group Containers" / "shared stuff without identifier")
 
     # Found by the name the preference file gives, not by identifier.
