@@ -7,7 +7,6 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include <algorithm>
 #include <limits>
 
 class PlatformTest : public QObject
@@ -83,26 +82,6 @@ private Q_SLOTS:
         QCOMPARE((QStringList{FileSystem::lastPathComponent(path), FileSystem::deletingLastPathComponent(path),
                               FileSystem::pathExtension(path), FileSystem::deletingPathExtension(path),
                               FileSystem::fileNameWithoutExtension(path)}), expected);
-    }
-
-    // Both overloads, any letter case, and no near miss.
-    void packageExtensions()
-    {
-        const QStringList candidates{"app", "PREFPANE", "Xpc", "", "framework", "ap", "apps", "plist"};
-        QStringList accepted;
-        for (const QString &extension : candidates) {
-            const QByteArray latin = extension.toLatin1();
-            if (FileSystem::isPackageExtension(QStringView(extension)) && FileSystem::isPackageExtension(QLatin1StringView(latin)))
-                accepted.append(extension);
-        }
-        QCOMPARE(accepted, (QStringList{"app", "PREFPANE", "Xpc"}));
-    }
-
-    // Graphemes, not code units.
-    void characterCount()
-    {
-        QCOMPARE(TextCompare::characterCount(QStringLiteral("e\u0301t\u00e9")), qsizetype(3));
-        QCOMPARE(TextCompare::characterCount(QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467")), qsizetype(1));
     }
 
     void collation()
