@@ -42,30 +42,25 @@ private Q_SLOTS:
         TestSupport::useLayout(m_root, m_home);
     }
 
-    void recordNameAndIdentifier_data()
-    {
-        QTest::addColumn<QByteArray>("infoList");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("identifier"); // null: absent
-        const QString none;
-        QTest::newRow("no info list") << QByteArray() << "File Name" << none;
-        QTest::newRow("both names") << xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string><key>CFBundleIdentifier</key><string>com.Example.F</string>") << "Short" << "com.Example.F";
-        QTest::newRow("values that are not text are absent") << xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/><key>CFBundleIdentifier</key><integer>7</integer>") << "File Name" << none;
-    }
+    // The short name before the shown one; a value that is not text counts as absent; without an
+    // information list, the file name.
     void recordNameAndIdentifier()
     {
-        QFETCH(QByteArray, infoList);
-        QFETCH(QString, name);
-        QFETCH(QString, identifier);
         const QString bundle = m_root + QStringLiteral("/File Name.app");
         writeBundle(bundle);
-        if (!infoList.isNull())
-            writeFile(bundle + QStringLiteral("/Contents/Info.plist"), infoList);
-        const auto app = InstalledApp::from(bundle);
-        QVERIFY(app);
-        QCOMPARE(app->name, name);
-        QCOMPARE(app->bundleIdentifier, identifier.isNull() ? std::nullopt : std::optional(identifier));
-        QCOMPARE(app->size, qint64(100 + infoList.size()));
+        const auto record = [&] {
+            const InstalledApp app = InstalledApp::from(bundle).value();
+            return std::tuple(app.name, app.bundleIdentifier, app.size - 100);
+        };
+        QCOMPARE(record(), std::tuple(QStringLiteral("File Name"), std::optional<QString>(), qint64(0)));
+        for (const auto &[list, name, identifier] :
+             {std::tuple(xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string>"
+                                       "<key>CFBundleIdentifier</key><string>com.Example.F</string>"), QStringLiteral("Short"), std::optional(QStringLiteral("com.Example.F"))),
+              {xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/><key>CFBundleIdentifier</key><integer>7</integer>"),
+               QStringLiteral("File Name"), std::nullopt}}) {
+            writeFile(bundle + QStringLiteral("/Contents/Info.plist"), list);
+            QCOMPARE(record(), std::tuple(name, identifier, qint64(list.size())));
+        }
     }
 
     void recordRefusals()

@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: MIT
-// Whether an app's bundle can go to the Trash, asked before anything of the app moves. Ownership cases
-// run the check as an unprivileged user (setpriv), since root may write everywhere.
+// What the user may do to other apps' files: move an app's bundle to the Trash (asked before anything of
+// the app moves), and list other apps' Library folders (privacy protection hides them). Ownership and
+// unlistable folders (mode 000) are looked at by an unprivileged user (setpriv), since root may write
+// and list everything.
 #include "TestSupport.h"
 #include "platform/FileSystemLayout.h"
 #include "services/BundleRemovability.h"
+#include "services/LibraryAccess.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTest>
 
 #include <cstdio>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace TestSupport;
 using Obstacle = BundleRemovability::Obstacle;
 
-class BundleRemovabilityTest : public QObject {
+class PermissionsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -53,7 +57,7 @@ private Q_SLOTS:
             QVERIFY(::chown(QFile::encodeName(folder).constData(), folderOwner, folderOwner) == 0);
             QVERIFY(::chown(QFile::encodeName(bundles.last()).constData(), bundleOwner, bundleOwner) == 0);
         }
-        QCOMPARE(runChild(QStringList{root.path()} + bundles, true).out,
+        QCOMPARE(runChild(QStringList{QStringLiteral("obstacles"), root.path()} + bundles, true).out,
                  QStringLiteral("%1\n%2\n%3\n").arg(int(Obstacle::folderNotWritable)).arg(int(Obstacle::bundleNotWritable)).arg(int(Obstacle::none)).toUtf8());
     }
 
@@ -82,18 +86,61 @@ private Q_SLOTS:
                 QVERIFY2(QFileInfo::exists(item[u"path"].toString()), qPrintable(item[u"path"].toString()));
         }
     }
+
+    // One home each: the folders in it, the one made unlistable, and whether the scan is refused.
+    void refusal()
+    {
+        if (runningAsRoot() && !canRunUnprivileged())
+            QSKIP("running as root without setpriv: every folder can be listed");
+        const QStringList both{"Library/Containers/com.other.app/Data", "Library/Group Containers/group.com.other/Library"};
+        const QList<std::tuple<QStringList, QString, bool>> homes{
+            {{"Library/Caches"}, "", false},
+            {both, "Library/Containers", true},
+            {both, "Library/Containers/com.other.app", true},
+            {both, "Library/Group Containers/group.com.other", true},
+            {both, "Library/Containers/com.other.app/Data", true},
+            // Deeper folders are the scanners' business, and so is the rest of the Library.
+            {both + QStringList{"Library/Containers/com.other.app/Data/Library"}, "Library/Containers/com.other.app/Data/Library", false},
+            {both + QStringList{"Library/Caches/locked"}, "Library/Caches/locked", false},
+        };
+        SharedTemporaryDir shared;
+        QStringList arguments{QStringLiteral("refused")}, locked;
+        QByteArray expected;
+        for (const auto &[folders, lockedFolder, refused] : homes) {
+            arguments.append(shared.path() + QLatin1Char('/') + QString::number(arguments.size()));
+            for (const QString &folder : folders)
+                makeFolder(arguments.last() + QLatin1Char('/') + folder);
+            if (!lockedFolder.isEmpty())
+                locked.append(arguments.last() + QLatin1Char('/') + lockedFolder);
+            expected += refused ? "refused\n" : "readable\n";
+        }
+        for (const QString &folder : locked)
+            QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0) == 0);
+        const Run child = runChild(arguments, true);
+        for (const QString &folder : locked)
+            QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0755) == 0);
+        QCOMPARE(child.out, expected);
+    }
 };
 
-// Run by ownership as nobody: the obstacle of each bundle under the root, one a line.
-static int obstaclesAsChild(const QStringList &arguments)
+// Run as nobody by ownership and refusal: the obstacle of each bundle under the root, or whether each
+// home's Library is refused, one a line.
+static int asChild(const QStringList &arguments)
 {
-    FileSystemLayout::setRoot(arguments.first());
-    for (const QString &bundle : arguments.mid(1))
+    if (arguments.first() == QLatin1String("refused")) {
+        for (const QString &home : arguments.mid(1)) {
+            FileSystemLayout::setHome(home);
+            std::printf("%s\n", LibraryAccess::isRefused() ? "refused" : "readable");
+        }
+        return 0;
+    }
+    FileSystemLayout::setRoot(arguments.at(1));
+    for (const QString &bundle : arguments.mid(2))
         std::printf("%d\n", int(BundleRemovability::obstacle(bundle, QStringLiteral("com.example.Notes"))));
     return 0;
 }
 
 // Should a check ever let a run through, nothing reaches the real Trash.
-KESTRUNE_TEST_MAIN_WITH_CHILD(BundleRemovabilityTest, obstaclesAsChild)
+KESTRUNE_TEST_MAIN_WITH_CHILD(PermissionsTest, asChild)
 
-#include "tst_bundleremovability.moc"
+#include "tst_permissions.moc"
