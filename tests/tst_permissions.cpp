@@ -40,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(obstacle("/usr/local/libexec", "com.example.Tool"), Obstacle::systemLocation);
         QCOMPARE(obstacle("/Applications", "COM.Apple.iMovieApp"), Obstacle::appleApp);
         QCOMPARE(obstacle("/Applications", "com.applesoft.Tool"), Obstacle::none);
-        QCOMPARE(BundleRemovability::obstacle(root.path() + QStringLiteral("/Applications/Gone.app"), std::nullopt), Obstacle::none);
+        QCOMPARE(BundleRemovability::obstacle(root.path() + QStringLiteral("/Elsewhere/Gone.app"), std::nullopt), Obstacle::none);
     }
 
     // The holding folder root's and the bundle the user's, the other way round, and both the user's.
