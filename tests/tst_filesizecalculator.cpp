@@ -77,18 +77,15 @@ private Q_SLOTS:
         // A link to a folder given as the start is not followed either.
         QCOMPARE(FileSizeCalculator::itemSize(tree + QStringLiteral("/link-to-folder")), 0);
         QCOMPARE(FileSizeCalculator::directorySize(tree + QStringLiteral("/link-to-folder")), 0);
-    }
 
-    void packages()
-    {
-        const QString app = m_base + QStringLiteral("/Zeta.app");
+        // Packages below the start are not entered, but the start is, package or not.
+        const QString app = tree + QStringLiteral("/Zeta.app");
         writeFile(app + QStringLiteral("/Contents/MacOS/Zeta"), QByteArray(500, 'z'));
         writeFile(app + QStringLiteral("/Contents/PlugIns/Share.APPEX/x"), QByteArray(900, 'h'));
         writeFile(app + QStringLiteral("/Contents/Frameworks/Kit.framework/Versions/A/Kit"), QByteArray(40, 'k'));
         makeSymlink(QStringLiteral("Versions/Current/Kit"), app + QStringLiteral("/Contents/Frameworks/Kit.framework/Kit"));
         // Only folders are packages: a plain file with a package name is counted.
         writeFile(app + QStringLiteral("/Contents/Resources/notes.app"), QByteArray(11, 'n'));
-        // The starting folder is entered even though it is a package itself.
         QCOMPARE(FileSizeCalculator::itemSize(app), 500 + 40 + 11);
         QCOMPARE(FileSizeCalculator::directorySize(app + QStringLiteral("/Contents/PlugIns/Share.APPEX")), 900);
     }

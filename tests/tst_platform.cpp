@@ -75,6 +75,18 @@ private Q_SLOTS:
                      expected);
     }
 
+    // Both overloads, any letter case, and no near miss.
+    void packageExtensions()
+    {
+        QStringList accepted;
+        for (const QString &extension : {"app", "PREFPANE", "Xpc", "", "framework", "ap", "apps", "plist"}) {
+            const QByteArray latin = extension.toLatin1();
+            if (FileSystem::isPackageExtension(QStringView(extension)) && FileSystem::isPackageExtension(QLatin1StringView(latin)))
+                accepted.append(extension);
+        }
+        QCOMPARE(accepted, (QStringList{"app", "PREFPANE", "Xpc"}));
+    }
+
     void collation()
     {
         QStringList names{QStringLiteral("zeta"), QStringLiteral("Alpha"), QStringLiteral("beta"), QStringLiteral("Äpfel")};

@@ -56,7 +56,6 @@ private Q_SLOTS:
             << nestedXmlArrays(60).replace("<string>leaf</string>", "<? \"?>" + QByteArray("</array>").repeated(10) + "\" ?>"
                                                                         + QByteArray("<array>").repeated(10) + "<string>leaf</string>"
                                                                         + QByteArray("</array>").repeated(10));
-        QTest::newRow("xml closing tag of the other kind") << xmlDictionary("<key>a</key><array></dict>");
         QTest::newRow("xml keys over the limit") << xmlManyKeys(int(PropertyList::maximumDictionaryKeys) + 1);
         QTest::newRow("binary shared references 2^21") << nestedBinaryArrays(21, 2);
         QList<Object> twoWays{Array{{1, 41}}}; // a subtree 39 arrays deep, and a way to it through 30 more

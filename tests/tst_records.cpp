@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "TestSupport.h"
-#include "models/OrphanedAppGroup.h"
+#include "models/LeftoverItem.h"
 
 #include <QTest>
 
@@ -23,14 +23,6 @@ private Q_SLOTS:
         QVERIFY(admin("/", "/LibraryX/foo", C::other)); // the prefix is plain text, not a path component
         QVERIFY(admin("/tmp/mac", "/tmp/mac/Library/Caches/x", C::caches));
         QVERIFY(!admin("/tmp/mac", "/Library/Caches/x", C::caches));
-    }
-
-    void itemsAndGroups()
-    {
-        const LeftoverItem a = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Caches/a"), LeftoverCategory::caches, 100);
-        const LeftoverItem b = LeftoverItem::at(QStringLiteral("/Users/ann/Library/Logs/b"), LeftoverCategory::logs, 250);
-        const OrphanedAppGroup group{"com.x", "X", "com.x", OrphanConfidence::high, "Why.", {a, b}};
-        QCOMPARE(group.scanResult().itemsFor(LeftoverCategory::logs), QList<LeftoverItem>{b});
     }
 };
 
