@@ -35,7 +35,6 @@ private Q_SLOTS:
 
     void init()
     {
-        QVERIFY(m_dir.isValid());
         m_root = TestSupport::caseFolder(m_dir);
         m_home = m_root + QStringLiteral("/Users/ann");
         TestSupport::makeFolder(m_home);

@@ -47,21 +47,12 @@ private Q_SLOTS:
         QCOMPARE(runProgram(QStringLiteral("rm"), {"-rf", homeTrash()}).exitCode, 0);
     }
 
-    // Deeper first whichever comes first; equal lengths keep their order; lengths count characters, so three
-    // combining accents (three UTF-16 units) add nothing.
-    void processingOrder()
-    {
-        QList<LeftoverItem> items;
-        for (const QString &path : {"/a/b", "/e\u0301\u0301\u0301", "/x/22", "/a/b/c", "/x/11"})
-            items.append(item(path));
-        QCOMPARE(pathsOf(DeletionService::processingOrder(items)), (QStringList{"/a/b/c", "/x/22", "/x/11", "/a/b", "/e\u0301\u0301\u0301"}));
-    }
-
-    // A folder's own items go before it; a failure stops nothing; what was not given stays, even behind a
-    // given link or a path that names it only through "..", relative to the working folder, or as "/".
-    // Names that are not UTF-8 or hold a newline, and a doubled separator (GIO records it as one), go
-    // as they are. Putting the run back restores every byte, folders before what they held, but never
-    // over what took an item's place, nor from an entry the Trash holds as coming from elsewhere.
+    // Deeper first (in characters, not UTF-16 units), so a folder's own items go before it; a failure
+    // stops nothing; what was not given stays, even behind a given link or a path that names it only
+    // through "..", relative to the working folder, or as "/". Names that are not UTF-8 or hold a
+    // newline, and a doubled separator (GIO records it as one), go as they are. Putting the run back
+    // restores every byte, folders before what they held, but never over what took an item's place,
+    // nor from an entry the Trash holds as coming from elsewhere.
     void runAndPutBack()
     {
         const QString file = write(QStringLiteral("Support/App/data.bin"), QByteArray("\0\1binary", 8));
@@ -71,7 +62,7 @@ private Q_SLOTS:
         const QString link = m_root + QStringLiteral("/link0");
         makeSymlink(kept, link);
         const QString raw = write(NativePath::decode(QByteArray("caf\xe9 \xff.plist")), "raw");
-        const QString newline = write(QStringLiteral("two\nlines"), "newline");
+        const QString newline = write(QStringLiteral("two\nlines\u0301\u0301\u0301"), "newline"); // three characters fewer than UTF-16 units
         const QString doubled = write(QStringLiteral("Caches/double"), "doubled");
         const QString taken = write(QStringLiteral("Prefs/com.example.plist"), "old");
         const QString vanished = m_root + QStringLiteral("/gone/long/long/name.plist"); // the longest: tried first

@@ -28,7 +28,6 @@ class FileSizeCalculatorTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        QVERIFY(m_dir.isValid());
         TestSupport::sweepOnExit(m_dir.path());
         m_base = TestSupport::caseFolder(m_dir);
         makeFolder(m_base);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the user may do to other apps' files: move an app's bundle to the Trash (asked before anything of
-// the app moves), and list other apps' Library folders (privacy protection hides them). Ownership and
+// the app moves), list other apps' Library folders (privacy protection hides them), and which items
+// need an administrator. Ownership and
 // unlistable folders (mode 000) are looked at by an unprivileged user (setpriv), since root may write
 // and list everything.
 #include "TestSupport.h"
@@ -59,6 +60,23 @@ private Q_SLOTS:
         }
         QCOMPARE(runChild(QStringList{QStringLiteral("obstacles"), root.path()} + bundles, true).out,
                  QStringLiteral("%1\n%2\n%3\n").arg(int(Obstacle::folderNotWritable)).arg(int(Obstacle::bundleNotWritable)).arg(int(Obstacle::none)).toUtf8());
+    }
+
+    // Items of the system's Library, and of the kinds that only an administrator installs.
+    void requiresAdmin()
+    {
+        auto admin = [](const QString &root, const QString &path, LeftoverCategory category) {
+            TestSupport::useLayout(root, root + QStringLiteral("/Users/ann"));
+            return LeftoverItem::at(path, category, 1).requiresAdmin();
+        };
+        using C = LeftoverCategory;
+        QVERIFY(admin("/", "/Library/Application Support/Foo", C::applicationSupport));
+        QVERIFY(!admin("/", "/Users/ann/Library/Application Support/Foo", C::applicationSupport));
+        QVERIFY(admin("/", "/Users/ann/x.plist", C::launchDaemons));
+        QVERIFY(admin("/", "/tmp/helper", C::privilegedHelperTools));
+        QVERIFY(admin("/", "/LibraryX/foo", C::other)); // the prefix is plain text, not a path component
+        QVERIFY(admin("/tmp/mac", "/tmp/mac/Library/Caches/x", C::caches));
+        QVERIFY(!admin("/tmp/mac", "/Library/Caches/x", C::caches));
     }
 
     // On a sample Mac through the command line: nothing of the app moves, and the message names the
