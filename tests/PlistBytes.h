@@ -59,22 +59,13 @@ inline QByteArray binary(const QList<Object> &objects, quint64 top = 0)
     return out;
 }
 
-// depth arrays, each holding the next, the innermost holding one string.
-inline QByteArray nestedBinaryArrays(int depth)
-{
-    QList<Object> objects;
-    for (int level = 0; level < depth; ++level)
-        objects.append(Array{{quint64(level + 1)}});
-    return binary(objects << String{"leaf"});
-}
-
-// levels arrays, each holding two references to the next, the innermost holding one string: a few
-// bytes per level that a reader copying every reference expands to 2^levels objects.
-inline QByteArray sharedBinaryArrays(int levels)
+// levels arrays, each holding references to the next, the innermost holding one string. With two
+// references a few bytes per level expand to 2^levels objects in a reader that copies every reference.
+inline QByteArray nestedBinaryArrays(int levels, int references = 1)
 {
     QList<Object> objects;
     for (int level = 0; level < levels; ++level)
-        objects.append(Array{{quint64(level + 1), quint64(level + 1)}});
+        objects.append(Array{QList<quint64>(references, quint64(level + 1))});
     return binary(objects << String{"leaf"});
 }
 

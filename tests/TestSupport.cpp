@@ -15,6 +15,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -135,12 +136,43 @@ Run runProgram(const QString &program, const QStringList &arguments, bool unpriv
 
 Run runCli(const QStringList &arguments, bool unprivileged) { return runProgram(QStringLiteral(KESTRUNE_BINARY_DIR "/src/cli/kestrune-cli"), arguments, unprivileged); }
 
+Run runCliOn(const QString &root, const QString &home, const QStringList &arguments, bool unprivileged)
+{
+    return runCli(QStringList{QStringLiteral("--root"), root, QStringLiteral("--home"), home} + arguments, unprivileged);
+}
+
 QStringList jsonPaths(const QJsonValue &items)
 {
     QStringList paths;
     for (const QJsonValue &entry : items.toArray())
         paths.append((entry[QStringLiteral("item")].isObject() ? entry[QStringLiteral("item")] : entry)[QStringLiteral("path")].toString());
     return paths;
+}
+
+QStringList pathsOf(const QList<LeftoverItem> &items)
+{
+    QStringList paths;
+    for (const LeftoverItem &item : items)
+        paths.append(item.path());
+    return paths;
+}
+
+SharedTemporaryDir::SharedTemporaryDir() : QTemporaryDir(QStringLiteral("/tmp/kestrune-XXXXXX"))
+{
+    ::chmod(QFile::encodeName(path()).constData(), 0755);
+}
+
+Run runChild(const QStringList &arguments, bool unprivileged)
+{
+    return runProgram(QCoreApplication::applicationFilePath(), QStringList{QStringLiteral("--child")} + arguments, unprivileged);
+}
+
+QStringList childArguments(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int k = 2; k < argc; ++k)
+        arguments.append(NativePath::decode(QByteArray(argv[k])));
+    return arguments;
 }
 
 QByteArray readBytes(const QString &path)

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "models/LeftoverItem.h"
+
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QJsonValue>
 #include <QList>
 #include <QString>
@@ -56,8 +59,21 @@ struct Run { int exitCode = -1; QByteArray out; QByteArray err; };
 [[nodiscard]] Run runProgram(const QString &program, const QStringList &arguments, bool unprivileged = false);
 // The built kestrune-cli.
 [[nodiscard]] Run runCli(const QStringList &arguments, bool unprivileged = false);
+// The built kestrune-cli on a sample Mac: --root root --home home, then the arguments.
+[[nodiscard]] Run runCliOn(const QString &root, const QString &home, const QStringList &arguments, bool unprivileged = false);
 // Paths of a JSON list of items, or of failures through their "item", as the command line reports them.
 [[nodiscard]] QStringList jsonPaths(const QJsonValue &items);
+[[nodiscard]] QStringList pathsOf(const QList<LeftoverItem> &items);
+
+// A temporary folder under /tmp that an unprivileged user can reach (mode 0755).
+struct SharedTemporaryDir : QTemporaryDir {
+    SharedTemporaryDir();
+};
+
+// This test program again, as nobody when unprivileged; KESTRUNE_TEST_MAIN_WITH_CHILD hands the
+// arguments (decoded as NativePath does) to its child function.
+[[nodiscard]] Run runChild(const QStringList &arguments, bool unprivileged = false);
+[[nodiscard]] QStringList childArguments(int argc, char *argv[]);
 
 // One record of a freedesktop Trash: the name under files/ and the raw path it restores to.
 struct Trashed { QString name; QByteArray originalPath; };
@@ -73,3 +89,15 @@ struct Trashed { QString name; QByteArray originalPath; };
 int execWithPrivateTrash(QObject *test, int argc, char *argv[]);
 
 } // namespace TestSupport
+
+// main for a test that runs part of itself in another process (runChild); the tests themselves run
+// with a private Trash.
+#define KESTRUNE_TEST_MAIN_WITH_CHILD(TestClass, child)                                                         \
+    int main(int argc, char *argv[])                                                                           \
+    {                                                                                                          \
+        if (argc > 1 && qstrcmp(argv[1], "--child") == 0)                                                      \
+            return child(TestSupport::childArguments(argc, argv));                                             \
+        QCoreApplication application(argc, argv);                                                              \
+        TestClass test;                                                                                        \
+        return TestSupport::execWithPrivateTrash(&test, argc, argv);                                           \
+    }

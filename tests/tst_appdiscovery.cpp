@@ -19,13 +19,8 @@ class AppDiscoveryTest : public QObject
     QString m_root;
     QString m_home;
 
-    // A minimal bundle: an executable of 100 bytes and, unless infoList is null, Contents/Info.plist.
-    static void writeBundle(const QString &bundle, const QByteArray &infoList = QByteArray())
-    {
-        writeFile(bundle + QStringLiteral("/Contents/MacOS/main"), QByteArray(100, 'x'));
-        if (!infoList.isNull())
-            writeFile(bundle + QStringLiteral("/Contents/Info.plist"), infoList);
-    }
+    // A minimal bundle: an executable of 100 bytes.
+    static void writeBundle(const QString &bundle) { writeFile(bundle + QStringLiteral("/Contents/MacOS/main"), QByteArray(100, 'x')); }
     static QStringList names()
     {
         QStringList out;
@@ -40,38 +35,31 @@ private Q_SLOTS:
 
     void init()
     {
-        QVERIFY(m_dir.isValid());
         m_root = TestSupport::caseFolder(m_dir);
         m_home = m_root + QStringLiteral("/Users/ann");
         TestSupport::makeFolder(m_home);
         TestSupport::useLayout(m_root, m_home);
     }
 
-    void recordNameAndIdentifier_data()
-    {
-        QTest::addColumn<QByteArray>("infoList");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("identifier"); // null: absent
-        const QString none;
-        QTest::newRow("no info list") << QByteArray() << "File Name" << none;
-        QTest::newRow("both names") << xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string><key>CFBundleIdentifier</key><string>com.Example.F</string>") << "Short" << "com.Example.F";
-        QTest::newRow("numeric names fall to file name") << xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/>") << "File Name" << none;
-        QTest::newRow("numeric identifier is absent") << xmlDictionary("<key>CFBundleName</key><string>N</string><key>CFBundleIdentifier</key><integer>7</integer>") << "N" << none;
-        QTest::newRow("malformed info list") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>") << "File Name" << none;
-        QTest::newRow("binary info list") << PlistBytes::binary({PlistBytes::Dictionary{{1, 2}, {3, 4}}, PlistBytes::String{"CFBundleName"}, PlistBytes::String{"CFBundleIdentifier"}, PlistBytes::String{"Bright"}, PlistBytes::String{"io.bright"}}) << "Bright" << "io.bright";
-    }
+    // The short name before the shown one; a value that is not text counts as absent; without an
+    // information list, the file name.
     void recordNameAndIdentifier()
     {
-        QFETCH(QByteArray, infoList);
-        QFETCH(QString, name);
-        QFETCH(QString, identifier);
         const QString bundle = m_root + QStringLiteral("/File Name.app");
-        writeBundle(bundle, infoList);
-        const auto app = InstalledApp::from(bundle);
-        QVERIFY(app);
-        QCOMPARE(app->name, name);
-        QCOMPARE(app->bundleIdentifier, identifier.isNull() ? std::nullopt : std::optional(identifier));
-        QCOMPARE(app->size, qint64(100 + infoList.size()));
+        writeBundle(bundle);
+        const auto record = [&] {
+            const InstalledApp app = InstalledApp::from(bundle).value();
+            return std::tuple(app.name, app.bundleIdentifier, app.size - 100);
+        };
+        QCOMPARE(record(), std::tuple(QStringLiteral("File Name"), std::optional<QString>(), qint64(0)));
+        for (const auto &[list, name, identifier] :
+             {std::tuple(xmlDictionary("<key>CFBundleDisplayName</key><string>Shown</string><key>CFBundleName</key><string>Short</string>"
+                                       "<key>CFBundleIdentifier</key><string>com.Example.F</string>"), QStringLiteral("Short"), std::optional(QStringLiteral("com.Example.F"))),
+              {xmlDictionary("<key>CFBundleName</key><integer>42</integer><key>CFBundleDisplayName</key><true/><key>CFBundleIdentifier</key><integer>7</integer>"),
+               QStringLiteral("File Name"), std::nullopt}}) {
+            writeFile(bundle + QStringLiteral("/Contents/Info.plist"), list);
+            QCOMPARE(record(), std::tuple(name, identifier, qint64(list.size())));
+        }
     }
 
     void recordRefusals()

@@ -1,14 +1,26 @@
 // SPDX-License-Identifier: MIT
+// The stand-ins for the Mac's platform that need no sample Mac: sizes as text, native paths, path
+// helpers, collation, and running a helper program.
 #include "platform/ByteCountFormatter.h"
+#include "platform/CommandRunner.h"
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
 #include "platform/TextCompare.h"
 
+#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QTest>
 
-#include <algorithm>
 #include <limits>
+
+namespace {
+
+std::optional<QString> shell(const QString &script, int timeoutMs = -1)
+{
+    return CommandRunner::run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, timeoutMs);
+}
+
+} // namespace
 
 class PlatformTest : public QObject
 {
@@ -18,91 +30,61 @@ private Q_SLOTS:
     // Orders below are those of the C locale's stand-in, whatever language the machine runs in.
     void initTestCase() { QLocale::setDefault(QLocale::c()); }
 
-    void byteCount_data()
-    {
-        QTest::addColumn<qint64>("bytes");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("zero") << qint64(0) << "Zero KB";
-        QTest::newRow("one") << qint64(1) << "1 byte";
-        QTest::newRow("999") << qint64(999) << "999 bytes";
-        QTest::newRow("999,500 becomes MB") << qint64(999500) << "1 MB";
-        QTest::newRow("2.05 GB keeps inner zero") << qint64(2050000000) << "2.05 GB";
-        QTest::newRow("largest") << std::numeric_limits<qint64>::max() << "9.22 EB";
-        QTest::newRow("smallest") << std::numeric_limits<qint64>::min() << "-9.22 EB";
-    }
+    // Singular, the carry of 999,500 bytes into "1 MB", an inner zero kept, and both ends of the range.
     void byteCount()
     {
-        QFETCH(qint64, bytes);
-        QFETCH(QString, text);
-        QCOMPARE(ByteCountFormatter::string(bytes), text);
+        const std::pair<qint64, const char *> cases[] = {{0, "Zero KB"}, {1, "1 byte"}, {999, "999 bytes"}, {999500, "1 MB"}, {2050000000, "2.05 GB"},
+                                                         {std::numeric_limits<qint64>::max(), "9.22 EB"}, {std::numeric_limits<qint64>::min(), "-9.22 EB"}};
+        for (const auto &[bytes, text] : cases)
+            QCOMPARE(ByteCountFormatter::string(bytes), QString::fromLatin1(text));
     }
 
-    void nativePathRoundTripsArbitraryBytes()
+    // Bytes that are not UTF-8, encoded surrogates among them, become U+DC00 plus the byte; a real
+    // character whose low surrogate lies in that range stays text. Any bytes but NUL come back as they were.
+    void nativePath()
     {
+        const std::pair<QByteArray, QString> cases[] = {{"Caf\xe9", QStringView(u"Caf\xdce9").toString()},
+                                                        {"\xed\xa0\x80", QStringView(u"\xdced\xdca0\xdc80").toString()},
+                                                        {"\xf0\x90\x82\x80\x80", QStringView(u"\xd800\xdc80\xdc80").toString()}};
+        for (const auto &[bytes, text] : cases) {
+            QCOMPARE(NativePath::decode(bytes), text);
+            QCOMPARE(NativePath::encode(text), bytes);
+        }
         QRandomGenerator random(20261123);
         for (int round = 0; round < 2000; ++round) {
             QByteArray bytes(random.bounded(1, 40), Qt::Uninitialized);
-            // No NUL: file names cannot hold it. Bias towards bytes >= 0x80 to hit the escapes.
+            // Biased towards bytes >= 0x80 to hit the escapes.
             for (char &c : bytes)
                 c = char(random.bounded(2) ? random.bounded(0x80, 0x100) : random.bounded(1, 0x80));
             QCOMPARE(NativePath::encode(NativePath::decode(bytes)), bytes);
         }
     }
 
-    void nativePathKeepsText_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("latin-1 byte") << QByteArray("Caf\xe9") << QStringView(u"Caf\xdce9").toString();
-        QTest::newRow("encoded surrogate") << QByteArray("\xed\xa0\x80") << QStringView(u"\xdced\xdca0\xdc80").toString();
-        // A real character whose low surrogate lies in the escape range, then an escaped byte.
-        QTest::newRow("pair then escape") << QByteArray("\xf0\x90\x82\x80\x80") << QStringView(u"\xd800\xdc80\xdc80").toString();
-    }
-    void nativePathKeepsText()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, text);
-        QCOMPARE(NativePath::decode(bytes), text);
-        QCOMPARE(NativePath::encode(text), bytes);
-    }
-
-    void pathHelpers_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QStringList>("expected"); // last component, parent, extension, without extension, bare name
-        QTest::newRow("trailing slash") << "/Applications/Foo.app/" << QStringList{"Foo.app", "/Applications", "app", "/Applications/Foo", "Foo"};
-        QTest::newRow("two dots") << "/A/x.tar.gz" << QStringList{"x.tar.gz", "/A", "gz", "/A/x.tar", "x.tar"};
-        QTest::newRow("hidden name") << "/A/.app" << QStringList{".app", "/A", "", "/A/.app", ".app"};
-        QTest::newRow("dot in folder") << "/A.b/Foo" << QStringList{"Foo", "/A.b", "", "/A.b/Foo", "Foo"};
-        QTest::newRow("top level") << "/Users" << QStringList{"Users", "/", "", "/Users", "Users"};
-    }
+    // Last component, parent, extension, without extension, bare name.
     void pathHelpers()
     {
-        QFETCH(QString, path);
-        QFETCH(QStringList, expected);
-        QCOMPARE((QStringList{FileSystem::lastPathComponent(path), FileSystem::deletingLastPathComponent(path),
-                              FileSystem::pathExtension(path), FileSystem::deletingPathExtension(path),
-                              FileSystem::fileNameWithoutExtension(path)}), expected);
+        const std::pair<QString, QStringList> cases[] = {
+            {"/Applications/Foo.app/", {"Foo.app", "/Applications", "app", "/Applications/Foo", "Foo"}},
+            {"/A/x.tar.gz", {"x.tar.gz", "/A", "gz", "/A/x.tar", "x.tar"}},
+            {"/A/.app", {".app", "/A", "", "/A/.app", ".app"}},
+            {"/A.b/Foo", {"Foo", "/A.b", "", "/A.b/Foo", "Foo"}},
+            {"/Users", {"Users", "/", "", "/Users", "Users"}}};
+        for (const auto &[path, expected] : cases)
+            QCOMPARE((QStringList{FileSystem::lastPathComponent(path), FileSystem::deletingLastPathComponent(path), FileSystem::pathExtension(path),
+                                  FileSystem::deletingPathExtension(path), FileSystem::fileNameWithoutExtension(path)}),
+                     expected);
     }
 
     // Both overloads, any letter case, and no near miss.
     void packageExtensions()
     {
-        const QStringList candidates{"app", "PREFPANE", "Xpc", "", "framework", "ap", "apps", "plist"};
         QStringList accepted;
-        for (const QString &extension : candidates) {
+        for (const QString &extension : {"app", "PREFPANE", "Xpc", "", "framework", "ap", "apps", "plist"}) {
             const QByteArray latin = extension.toLatin1();
             if (FileSystem::isPackageExtension(QStringView(extension)) && FileSystem::isPackageExtension(QLatin1StringView(latin)))
                 accepted.append(extension);
         }
         QCOMPARE(accepted, (QStringList{"app", "PREFPANE", "Xpc"}));
-    }
-
-    // Graphemes, not code units.
-    void characterCount()
-    {
-        QCOMPARE(TextCompare::characterCount(QStringLiteral("e\u0301t\u00e9")), qsizetype(3));
-        QCOMPARE(TextCompare::characterCount(QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467")), qsizetype(1));
     }
 
     void collation()
@@ -111,6 +93,37 @@ private Q_SLOTS:
         std::stable_sort(names.begin(), names.end(), TextCompare::localizedCaseInsensitiveLess);
         QCOMPARE(names, (QStringList{QStringLiteral("Alpha"), QStringLiteral("Äpfel"), QStringLiteral("beta"), QStringLiteral("zeta")}));
         QVERIFY(TextCompare::localizedCaseInsensitiveCompare(QStringLiteral("App 10"), QStringLiteral("App 9")) < 0);
+    }
+
+    // Arguments reach the program intact and its output arrives as UTF-8 text, up to the cap; a missing
+    // program, a failed or killed one, output that is not UTF-8 or one byte too much is no answer.
+    void commandOutput()
+    {
+        const QString query = QStringLiteral("kMDItemCFBundleIdentifier == 'com.example.Ünï'");
+        QCOMPARE(CommandRunner::run(QStringLiteral("/bin/printf"), {QStringLiteral("%s\\n"), query}), std::optional<QString>(query + QLatin1Char('\n')));
+        const QString bytes = QStringLiteral("head -c %1 /dev/zero | tr '\\0' a");
+        QCOMPARE(shell(bytes.arg(CommandRunner::outputLimit)).value_or(QString()).size(), CommandRunner::outputLimit);
+        QCOMPARE(shell(bytes.arg(CommandRunner::outputLimit + 1)), std::nullopt);
+        QCOMPARE(CommandRunner::run(QStringLiteral("/nonexistent/mdfind"), {}), std::nullopt);
+        for (const char *script : {"echo found; exit 3", "echo found; kill -9 $$", "printf '/tmp/\\377\\n'"})
+            QVERIFY2(!shell(QString::fromLatin1(script)), script);
+    }
+
+    // Far beyond any pipe buffer, on both channels, with the result printed last.
+    void standardErrorFloodDoesNotBlock()
+    {
+        const auto output = shell(QStringLiteral("head -c 30000000 /dev/zero >&2; head -c 300000 /dev/zero | tr '\\0' b; echo done"), 60000);
+        QVERIFY(output && output->endsWith(QStringLiteral("bdone\n")));
+    }
+
+    void commandTimeout()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(shell(QStringLiteral("echo early; sleep 30"), 300), std::nullopt);
+        // Closing its output does not end the wait: the exit does.
+        QCOMPARE(shell(QStringLiteral("exec >&-; sleep 30"), 300), std::nullopt);
+        QVERIFY(timer.elapsed() < 10000);
     }
 };
 

@@ -35,22 +35,15 @@ private Q_SLOTS:
     void refused_data()
     {
         QTest::addColumn<QByteArray>("data");
-        QTest::newRow("empty") << QByteArray();
         QTest::newRow("not a plist") << QByteArray("hello world");
-        QTest::newRow("unterminated xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>CFBundleName</key>");
         QTest::newRow("xml nested 65") << nestedXmlArrays(65);
-        QTest::newRow("xml nested 10000") << nestedXmlArrays(10000);
         QTest::newRow("binary nested 65") << nestedBinaryArrays(65);
-        QTest::newRow("binary nested 5000") << nestedBinaryArrays(5000);
-        QTest::newRow("binary self cycle") << binary({Array{{0}}});
         QTest::newRow("binary dictionary cycle") << binary({Dictionary{{1}, {0}}, String{"k"}});
         QTest::newRow("binary reference past end") << binary({Array{{7}}, String{"x"}});
-        QTest::newRow("binary top past end") << binary({String{"x"}}, 3);
         const QByteArray good = binary({Array{{1}}, String{"x"}});
         // The second offset-table entry (just before the 32-byte trailer) points past the table; ~2^62 objects.
         QTest::newRow("binary offset past table") << QByteArray(good).replace(good.size() - 32 - 2, 1, "\x7F");
         QTest::newRow("binary absurd object count") << QByteArray(good).replace(good.size() - 32 + 8, 1, "\x7F");
-        QTest::newRow("binary truncated") << good.left(good.size() - 5);
         // libplist would abort the program on these rather than refuse them.
         QTest::newRow("binary key with NUL") << binary({Dictionary{{1}, {2}}, String{QByteArray("CFBundle\0Name", 13)}, String{"v"}});
         QTest::newRow("binary UTF-16 key with NUL") << binary({Dictionary{{1}, {2}}, String{QByteArray("\0C\0\0\0x", 6), true}, String{"v"}});
@@ -58,16 +51,13 @@ private Q_SLOTS:
         QTest::newRow("xml hex NUL reference") << xmlDictionary("<key>a&#x0000;</key><string>v</string>");
         QTest::newRow("over 16 MiB") << QByteArray(PropertyList::maximumBytes + 1, ' ');
         // libplist takes a '>' inside quotes as part of the tag, so each of these opens an array.
-        QTest::newRow("xml quoted '/>' 50000") << "<plist>" + QByteArray("<array a=\"/>\">").repeated(50000) + QByteArray("</array>").repeated(50000) + "</plist>";
         QTest::newRow("xml quoted '/>' 65") << nestedXmlArrays(65).replace("<array>", "<array a=\"/>\">");
         QTest::newRow("xml closing tags in a quoted instruction")
             << nestedXmlArrays(60).replace("<string>leaf</string>", "<? \"?>" + QByteArray("</array>").repeated(10) + "\" ?>"
                                                                         + QByteArray("<array>").repeated(10) + "<string>leaf</string>"
                                                                         + QByteArray("</array>").repeated(10));
-        QTest::newRow("xml closing tag of the other kind") << xmlDictionary("<key>a</key><array></dict>");
         QTest::newRow("xml keys over the limit") << xmlManyKeys(int(PropertyList::maximumDictionaryKeys) + 1);
-        QTest::newRow("binary shared references 2^21") << sharedBinaryArrays(21);
-        QTest::newRow("binary shared references 2^60") << sharedBinaryArrays(60);
+        QTest::newRow("binary shared references 2^21") << nestedBinaryArrays(21, 2);
         QList<Object> twoWays{Array{{1, 41}}}; // a subtree 39 arrays deep, and a way to it through 30 more
         for (quint64 k = 1; k <= 70; ++k)
             twoWays << (k == 40 ? Object(String{"leaf"}) : Object(Array{{k == 70 ? 1 : k + 1}}));
@@ -88,14 +78,15 @@ private Q_SLOTS:
         QByteArray quoted = nestedXmlArrays(PropertyList::maximumDepth).replace("<array>", "<array a=\"/>\" b=\"<x>\">");
         quoted.replace("<string>leaf</string>", "<?pi \"<array>\"?><array a=\">\"/><dict/><dict  /><string>leaf</string>");
         for (const QByteArray &data : {nestedBinaryArrays(PropertyList::maximumDepth), binary({Array{{1, 1}}, String{"twice"}}), commented,
-                                       quoted, sharedBinaryArrays(19), xmlManyKeys(int(PropertyList::maximumDictionaryKeys))})
+                                       quoted, nestedBinaryArrays(19, 2), xmlManyKeys(int(PropertyList::maximumDictionaryKeys))})
             QVERIFY(PropertyList::fromData(data));
         QCOMPARE(PropertyList::fromData(xmlDictionary("<key>k</key><string>&#10;&#x41;&#0065;</string>"))->toMap(), (QVariantMap{{QStringLiteral("k"), QStringLiteral("\nAA")}}));
     }
 
-    // Only a dictionary is one; exactly the size limit is read, one byte more is not (trailing
-    // whitespace keeps it valid XML).
-    void readDictionaryFromFiles()
+    // Only a regular file (or a link to one) holding a dictionary is one; exactly the size limit is read,
+    // one byte more is not (trailing whitespace keeps it valid XML). A pipe or a device named like a list
+    // is never opened for a blocking read: one with no writer would stall the scan for good.
+    void files()
     {
         QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("Info.plist"));
@@ -106,31 +97,19 @@ private Q_SLOTS:
         QByteArray atLimit = xmlDictionary("<key>A</key><string>b</string>");
         atLimit.append(QByteArray(PropertyList::maximumBytes - atLimit.size(), '\n'));
         TestSupport::writeFile(path, atLimit);
-        QCOMPARE(PropertyList::readDictionary(path)->value(QStringLiteral("A")).toString(), QStringLiteral("b"));
+        TestSupport::makeSymlink(path, path + QStringLiteral("-link"));
+        QCOMPARE(PropertyList::readDictionary(path + QStringLiteral("-link"))->value(QStringLiteral("A")).toString(), QStringLiteral("b"));
         TestSupport::writeFile(path, atLimit + '\n');
         QVERIFY(!PropertyList::readDictionary(path));
-    }
 
-    // A pipe or a device named like a list is never opened for a blocking read: one with no writer
-    // would stall the scan for good.
-    void specialFilesAreNotRead()
-    {
-        QTemporaryDir folder;
         const QString fifo = folder.filePath(QStringLiteral("com.example.agent.plist"));
         QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0644), 0);
-        const QString link = folder.filePath(QStringLiteral("Info.plist"));
-        TestSupport::makeSymlink(fifo, link);
-        for (const QString &path : {fifo, link, QStringLiteral("/dev/zero")}) {
-            QElapsedTimer timer;
-            timer.start();
-            QVERIFY2(!PropertyList::read(path), qPrintable(path));
-            QVERIFY(timer.elapsed() < 5000);
-        }
-        // A link to a regular file is read as that file.
-        const QString file = folder.filePath(QStringLiteral("real.plist"));
-        TestSupport::writeFile(file, xmlDictionary("<key>A</key><string>b</string>"));
-        TestSupport::makeSymlink(file, link + QStringLiteral("2"));
-        QVERIFY(PropertyList::readDictionary(link + QStringLiteral("2")));
+        TestSupport::makeSymlink(fifo, fifo + QStringLiteral("-link"));
+        QElapsedTimer timer;
+        timer.start();
+        for (const QString &special : {fifo, fifo + QStringLiteral("-link"), QStringLiteral("/dev/zero")})
+            QVERIFY2(!PropertyList::read(special), qPrintable(special));
+        QVERIFY(timer.elapsed() < 5000);
     }
 };
 

@@ -4,7 +4,6 @@
 #include "services/SoundService.h"
 
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 #include <QTest>
 
 class SoundServiceTest : public QObject
@@ -14,38 +13,31 @@ class SoundServiceTest : public QObject
     QTemporaryDir m_dir;
 
 private Q_SLOTS:
-    void choosesTheFirstAvailableName_data()
-    {
-        QTest::addColumn<QStringList>("files"); // a trailing "/" makes a folder, a leading "0" an empty file
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("all four") << QStringList{"Hero.aiff", "Ping.aiff", "Pop.aiff", "Glass.aiff"} << "Glass.aiff";
-        QTest::newRow("no Glass") << QStringList{"Hero.aiff", "Pop.wav", "Ping.aiff"} << "Pop.wav";
-        QTest::newRow("name order beats extension order") << QStringList{"Pop.aiff", "Glass.caf"} << "Glass.caf";
-        QTest::newRow("folder and empty file skipped") << QStringList{"Glass.aiff/", "0Pop.wav", "Ping.caf"} << "Ping.caf";
-        QTest::newRow("none: case and format matter") << QStringList{"glass.aiff", "Pop.mp3", "Basso.aiff"} << QString();
-    }
-
+    // Each system's Sounds folder, and the file that plays: names before extensions, and a folder or an
+    // empty file does not count. A trailing "/" makes a folder, a leading "0" an empty file.
     void choosesTheFirstAvailableName()
     {
-        QFETCH(QStringList, files);
-        QFETCH(QString, expected);
-        const QString root = TestSupport::caseFolder(m_dir);
-        const QString sounds = root + QStringLiteral("/System/Library/Sounds/");
-        for (const QString &file : files) {
-            if (file.endsWith(QLatin1Char('/')))
-                TestSupport::makeFolder(sounds + file);
-            else if (file.startsWith(QLatin1Char('0')))
-                TestSupport::writeFile(sounds + file.mid(1));
-            else
-                TestSupport::writeFile(sounds + file, "RIFF");
+        const std::pair<QStringList, QString> cases[] = {{{"Hero.aiff", "Pop.wav", "Ping.aiff"}, "Pop.wav"},
+                                                         {{"Pop.aiff", "Glass.caf"}, "Glass.caf"},
+                                                         {{"Glass.aiff/", "0Pop.wav", "Ping.caf"}, "Ping.caf"},
+                                                         {{"glass.aiff", "Pop.mp3", "Basso.aiff"}, QString()}};
+        for (const auto &[files, expected] : cases) {
+            const QString root = m_dir.filePath(expected.isEmpty() ? QStringLiteral("none") : expected);
+            const QString sounds = root + QStringLiteral("/System/Library/Sounds/");
+            for (const QString &file : files) {
+                if (file.endsWith(QLatin1Char('/')))
+                    TestSupport::makeFolder(sounds + file);
+                else
+                    TestSupport::writeFile(sounds + file.mid(file.startsWith(QLatin1Char('0'))), file.startsWith(QLatin1Char('0')) ? "" : "RIFF");
+            }
+            TestSupport::useLayout(root, root + QStringLiteral("/Users/ann"));
+            QCOMPARE(SoundService::completionSoundFile().value_or(QString()), expected.isEmpty() ? QString() : sounds + expected);
+            // Whether it plays or falls back to the beep, with or without an audio device, it returns at once.
+            QElapsedTimer clock;
+            clock.start();
+            SoundService::playDeletionComplete();
+            QVERIFY(clock.elapsed() < 1000);
         }
-        TestSupport::useLayout(root, root + QStringLiteral("/Users/ann"));
-        QCOMPARE(SoundService::completionSoundFile().value_or(QString()), expected.isEmpty() ? QString() : sounds + expected);
-        // Whether it plays or falls back to the beep, with or without an audio device, it returns at once.
-        QElapsedTimer clock;
-        clock.start();
-        SoundService::playDeletionComplete();
-        QVERIFY(clock.elapsed() < 1000);
     }
 };
 
