@@ -181,19 +181,9 @@ QByteArray readBytes(const QString &path)
     return in ? QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(in), {})) : QByteArray("<unreadable>");
 }
 
-QList<Trashed> trashedIn(const QString &trash)
+qsizetype trashedCount()
 {
-    QList<Trashed> found;
-    const auto entries = FileSystem::contentsOfDirectory(trash + QStringLiteral("/info"), false);
-    for (const FileSystem::DirectoryEntry &entry : entries.value_or(QList<FileSystem::DirectoryEntry>())) {
-        if (!entry.name.endsWith(QLatin1String(".trashinfo")))
-            continue;
-        for (const QByteArray &line : readBytes(entry.path).split('\n')) {
-            if (line.startsWith("Path="))
-                found.append({entry.name.chopped(10), QByteArray::fromPercentEncoding(line.mid(5))});
-        }
-    }
-    return found;
+    return FileSystem::contentsOfDirectory(homeTrash() + QStringLiteral("/info"), false).value_or(QList<FileSystem::DirectoryEntry>()).size();
 }
 
 QString homeTrash() { return qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/Trash"); }

@@ -75,11 +75,9 @@ struct SharedTemporaryDir : QTemporaryDir {
 [[nodiscard]] Run runChild(const QStringList &arguments, bool unprivileged = false);
 [[nodiscard]] QStringList childArguments(int argc, char *argv[]);
 
-// One record of a freedesktop Trash: the name under files/ and the raw path it restores to.
-struct Trashed { QString name; QByteArray originalPath; };
-[[nodiscard]] QList<Trashed> trashedIn(const QString &trash);
-// The Trash that GIO uses for this process (XDG_DATA_HOME/Trash).
+// The Trash that GIO uses for this process (XDG_DATA_HOME/Trash), and how many records it holds.
 [[nodiscard]] QString homeTrash();
+[[nodiscard]] qsizetype trashedCount();
 // A file's bytes read with POSIX calls (names that are not UTF-8 included); "<unreadable>" on failure.
 [[nodiscard]] QByteArray readBytes(const QString &path);
 

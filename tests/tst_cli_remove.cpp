@@ -55,8 +55,6 @@ Run runRemove(const QStringList &arguments, const std::optional<QByteArray> &typ
     return run;
 }
 
-qsizetype trashedCount() { return TestSupport::trashedIn(TestSupport::homeTrash()).size(); }
-
 } // namespace
 
 namespace Commands {
@@ -120,7 +118,7 @@ private Q_SLOTS:
         const Run run = runRemove(arguments, typed.isNull() ? std::nullopt : std::optional(typed));
         QCOMPARE(run.exitCode, exitCode);
         QCOMPARE(run.err.isEmpty(), exitCode == 0);
-        QVERIFY(QFile::exists(m_paths.at(0)) && trashedCount() == 0);
+        QVERIFY(QFile::exists(m_paths.at(0)) && TestSupport::trashedCount() == 0);
         if (exitCode == 0)
             QCOMPARE(jsonPaths(QJsonDocument::fromJson(run.out)[QStringLiteral("deleted")]), m_paths);
     }
@@ -130,7 +128,7 @@ private Q_SLOTS:
         const Run run = runRemove({"--orphan", "com.example.gone"}, QByteArray("YES\n"));
         QCOMPARE(run.exitCode, 0);
         QVERIFY2(run.err.contains("Move 3 items") && run.out.contains("Moved 3 items"), run.err.constData());
-        QCOMPARE(trashedCount(), 3);
+        QCOMPARE(TestSupport::trashedCount(), 3);
     }
 
     void reportsEachMovedAndFailedItem()
@@ -145,7 +143,7 @@ private Q_SLOTS:
         QCOMPARE(jsonPaths(report[QStringLiteral("deleted")]), m_paths);
         QCOMPARE(jsonPaths(report[QStringLiteral("failed")]), QStringList{vanished});
         QVERIFY(!report[QStringLiteral("failed")][0][QStringLiteral("message")].toString().isEmpty());
-        QCOMPARE(trashedCount(), 3);
+        QCOMPARE(TestSupport::trashedCount(), 3);
     }
 };
 
