@@ -115,6 +115,7 @@ private Q_SLOTS:
         QTest::newRow("scan-x-no-bundle-why") << QStringList{"scan", "X", "--why"};
         QTest::newRow("scan-twins") << QStringList{"scan", "PIXEL RULER"};
         QTest::newRow("scan-twin-by-identifier-why") << QStringList{"scan", "com.pixelruler.pixelruler.BETA", "--why"};
+        QTest::newRow("scan-twin-release-why") << QStringList{"scan", "com.pixelruler.PixelRuler", "--why"};
         QTest::newRow("scan-unknown") << QStringList{"scan", "Nothing Like It"};
         QTest::newRow("scan-partial-name") << QStringList{"scan", "Acme"};
         // Whose each item is, and how it was found.

@@ -394,6 +394,11 @@ void markClaimedItems(QList<LeftoverItem> &items, const AppIdentityIndex::AppIde
     for (LeftoverItem &item : items) {
         if (item.foundBy != FoundBy::bundle)
             item.claimedBy = AppIdentityIndex::claimant(index, item.path(), &self);
+        // A twin (a beta beside the release) goes by the scanned app's own name: "Belongs to Pixel Ruler"
+        // would read as a contradiction, so its identifier tells the two apart.
+        ItemOwner *owner = item.claimedBy ? &*item.claimedBy : nullptr;
+        if (owner && owner->bundleIdentifier && owner->name.compare(self.name, Qt::CaseInsensitive) == 0)
+            owner->name += QStringLiteral(" (%1)").arg(*owner->bundleIdentifier);
     }
 }
 
