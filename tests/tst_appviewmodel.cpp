@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Futures.h"
 #include "TestSupport.h"
 #include "state/AppViewModel.h"
 
@@ -71,17 +72,6 @@ struct Fakes {
         return s;
     }
 };
-
-// A task that has already ended (makeReadyFuture would split a list into many results).
-template<typename T>
-QFuture<T> finished(const T &value)
-{
-    QPromise<T> promise;
-    promise.start();
-    promise.addResult(value);
-    promise.finish();
-    return promise.future();
-}
 
 InstalledApp app(const QString &name)
 {

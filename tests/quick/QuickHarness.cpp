@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "QuickHarness.h"
 
+#include "Futures.h"
 #include "TestSupport.h"
 #include "state/AppViewModel.h"
 
 #include <QImage>
 #include <QMimeData>
 #include <QFileInfo>
-#include <QPromise>
 #include <QQuickItem>
 #include <QQuickWindow>
 
@@ -21,16 +21,6 @@
 namespace {
 
 QPointF centreInWindow(const QQuickItem *item) { return item->mapToScene(QPointF(item->width() / 2, item->height() / 2)); }
-
-template<typename T>
-QFuture<T> finished(T value)
-{
-    QPromise<T> promise;
-    promise.start();
-    promise.addResult(std::move(value));
-    promise.finish();
-    return promise.future();
-}
 
 } // namespace
 
