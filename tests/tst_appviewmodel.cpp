@@ -612,8 +612,7 @@ private Q_SLOTS:
                                      "/Library/Caches/busy: Device or resource busy"}));
     }
 
-    // Dropped while the removed mode shows a group and a search is typed. A document is refused by
-    // name in tst_AppDropZoneView.
+    // Dropped while the removed mode shows a group and a search is typed.
     void droppedApps()
     {
         QTemporaryDir folder;
@@ -624,9 +623,12 @@ private Q_SLOTS:
         const auto ticks = model().selectedItemIDs();
         QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
         QSignalSpy processing(&model(), &AppViewModel::isDropProcessingChanged);
-        // The drop zone ignores the extension's letter case, the bundle reader does not: only the status line changes.
+        // A file that is no bundle, and a bundle the reader refuses (the drop zone ignores the
+        // extension's letter case, the reader does not): only the status line changes.
+        model().handleDroppedApp(QUrl::fromLocalFile(folder.filePath(QStringLiteral("DropMe.app/Contents/Info.plist"))));
+        QCOMPARE(status(), QStringLiteral("Please drop a macOS app bundle (.app)."));
         model().handleDroppedApp(QUrl::fromLocalFile(folder.filePath(QStringLiteral("Shout.APP"))));
-        QTRY_COMPARE(statusSpy.count(), 1);
+        QTRY_COMPARE(statusSpy.count(), 2);
         QCOMPARE(status(), QStringLiteral("Could not read the dropped app."));
         QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
         QCOMPARE(model().selectedItemIDs(), ticks);

@@ -36,17 +36,10 @@ QuickHarness::QuickHarness(QObject *parent) : QObject(parent), m_folder(std::mak
 
 QuickHarness::~QuickHarness() = default;
 
-QString QuickHarness::sampleRoot() const
-{
-    return m_folder->path();
-}
-
-QObject *QuickHarness::newViewModel()
+QObject *QuickHarness::newViewModel(const QVariantMap &options)
 {
     AppViewModelServices services;
     services.moveToTrash = [this](const QList<LeftoverItem> &items) {
-        ++m_trashRuns;
-        Q_EMIT changed();
         DeletionReport report;
         for (const LeftoverItem &item : items) {
             if (m_trashMoves) {
@@ -58,19 +51,17 @@ QObject *QuickHarness::newViewModel()
         }
         return finished(report);
     };
-    services.putBack = [this](const QList<TrashedItem> &items) {
-        ++m_putBackRuns;
-        Q_EMIT changed();
+    services.putBack = [](const QList<TrashedItem> &items) {
         RestoreReport report;
         for (const TrashedItem &entry : items)
             report.restored.append(entry.item);
         return finished(report);
     };
     services.playDeletionComplete = [] {};
-    services.checkForUpdate = [this] {
+    services.checkForUpdate = [version = options.value(QStringLiteral("offeredVersion")).toString()] {
         std::optional<AppUpdateInfo> offer;
-        if (!m_offeredVersion.isEmpty())
-            offer = AppUpdateInfo{m_offeredVersion, QUrl(QStringLiteral("https://example.com/kestrune.dmg")), std::nullopt};
+        if (!version.isEmpty())
+            offer = AppUpdateInfo{version, QUrl(QStringLiteral("https://example.com/kestrune.dmg")), std::nullopt};
         return finished(offer);
     };
     services.currentVersion = [] { return QStringLiteral("1.0.0"); };
@@ -78,17 +69,17 @@ QObject *QuickHarness::newViewModel()
         m_lastOpenedUrl = url;
         Q_EMIT changed();
     };
-    if (m_syntheticApps > 0) {
+    if (const int count = options.value(QStringLiteral("syntheticApps")).toInt(); count > 0) {
         QList<InstalledApp> apps;
-        for (int i = 0; i < m_syntheticApps; ++i) {
+        for (int i = 0; i < count; ++i) {
             const QString path = QStringLiteral("/Applications/Made Up %1.app").arg(i, 5, 10, QLatin1Char('0'));
             apps.append(InstalledApp{path, QStringLiteral("Made Up %1").arg(i, 5, 10, QLatin1Char('0')),
                                      QUrl::fromLocalFile(path), std::nullopt, 1000 + i});
         }
         services.discoverInstalledApps = [apps] { return finished(apps); };
     }
-    if (m_syntheticItems >= 0) {
-        services.scanApp = [count = m_syntheticItems](const InstalledApp &app) {
+    if (options.contains(QStringLiteral("syntheticItems"))) {
+        services.scanApp = [count = options.value(QStringLiteral("syntheticItems")).toInt()](const InstalledApp &app) {
             ScanResult result;
             for (int i = 0; i < count; ++i) {
                 const auto category = LeftoverCategories::allCases[i % LeftoverCategories::allCases.size()];
@@ -113,11 +104,6 @@ QVariant QuickHarness::update(const QString &version, const QVariant &notes) con
 QString QuickHarness::applicationPath(const QString &bundleName) const
 {
     return m_folder->path() + QStringLiteral("/Applications/") + bundleName;
-}
-
-QUrl QuickHarness::applicationUrl(const QString &bundleName) const
-{
-    return QUrl::fromLocalFile(applicationPath(bundleName));
 }
 
 bool QuickHarness::dragOver(QQuickItem *item, const QVariantMap &data)
