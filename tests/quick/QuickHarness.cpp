@@ -14,8 +14,6 @@
 #include <sys/stat.h>
 #include <QQmlEngine>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QWindow>
 #include <cstdio>
 
 namespace {
@@ -143,12 +141,6 @@ void QuickHarness::dragAway(QQuickItem *item)
 {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(item->window(), &leave);
-}
-
-void QuickHarness::keyClick(QObject *window, int key)
-{
-    if (auto *target = qobject_cast<QWindow *>(window))
-        QTest::keyClick(target, Qt::Key(key));
 }
 
 QString QuickHarness::bundleWithPipedIcon() const

@@ -47,9 +47,6 @@ public:
     Q_INVOKABLE bool dropOn(QQuickItem *item);
     Q_INVOKABLE void dragAway(QQuickItem *item);
 
-    // A key pressed and released in a window of its own: TestCase sends keys only to the test's window.
-    Q_INVOKABLE void keyClick(QObject *window, int key);
-
 Q_SIGNALS:
     void changed();
 
