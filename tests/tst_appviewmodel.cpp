@@ -176,6 +176,10 @@ private Q_SLOTS:
         fakes().scans.finish(0, resultOf(apps.at(0), 2));
         QCOMPARE(model().selectedItems(), resultOf(apps.at(0), 2).items);
         QCOMPARE(status(), QStringLiteral("Found 3 related items (2 KB)."));
+        // Every Library folder readable: the line stays as it is.
+        QSignalSpy statusChanges(&model(), &AppViewModel::statusMessageChanged);
+        fakes().accessChecks.finish(0, false);
+        QVERIFY(statusChanges.isEmpty() && !model().offersFullDiskAccess());
 
         // A reload keeps the earlier record of an app still installed, and its result and ticks.
         InstalledApp grown = apps.at(0);
@@ -260,32 +264,20 @@ private Q_SLOTS:
         QVERIFY(!ready.isScanningOrphans());
     }
 
-    void removedScanStatus_data()
-    {
-        QTest::addColumn<QList<OrphanConfidence>>("grades");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<int>("selectedIndex");
-        using C = OrphanConfidence;
-        QTest::newRow("two of five hidden") << QList<C>{C::high, C::medium, C::medium, C::uncertain, C::uncertain}
-                                            << QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden.") << 0;
-        QTest::newRow("one hidden") << QList<C>{C::uncertain, C::high}
-                                    << QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden.") << 1;
-        QTest::newRow("none") << QList<C>{} << QStringLiteral("No confident leftovers from removed apps were found.") << -1;
-    }
-
     void removedScanStatus()
     {
-        QFETCH(QList<OrphanConfidence>, grades);
-        QFETCH(QString, expected);
-        QFETCH(int, selectedIndex);
-        QList<OrphanedAppGroup> groups;
-        for (int i = 0; i < grades.size(); ++i)
-            groups.append(group(QStringLiteral("G%1").arg(i), grades.at(i), i + 1));
-        model().switchSidebarMode(SidebarMode::Removed);
-        fakes().removedScans.finish(0, groups);
-        QCOMPARE(status(), expected);
-        QCOMPARE(model().selectedOrphan(), selectedIndex < 0 ? std::nullopt : std::optional(groups.at(selectedIndex)));
-        QCOMPARE(model().selectedItemIDs().size(), selectedIndex + 1); // every item of the selected group
+        using C = OrphanConfidence;
+        const QList<OrphanedAppGroup> groups{group(QStringLiteral("High"), C::high, 3), group(QStringLiteral("Med"), C::medium),
+                                             group(QStringLiteral("Med2"), C::medium), group(QStringLiteral("Low"), C::uncertain),
+                                             group(QStringLiteral("Low2"), C::uncertain)};
+        enterRemovedMode(groups);
+        QCOMPARE(status(), QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden."));
+        QCOMPARE(model().selectedOrphan(), groups.at(0));
+        QCOMPARE(model().selectedItemIDs().size(), 3); // every item of the selected group
+        model().scanForRemovedApps();
+        fakes().removedScans.finish(1, {});
+        QCOMPARE(status(), QStringLiteral("No confident leftovers from removed apps were found."));
+        QVERIFY(!model().selectedOrphan() && model().selectedItemIDs().isEmpty());
     }
 
     void modeSwitchReusesGroups()
@@ -295,6 +287,7 @@ private Q_SLOTS:
         scanAlpha(1);
         model().setSearchText(QStringLiteral("al"));
         enterRemovedMode(groups);
+        QCOMPARE(status(), QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden."));
         QVERIFY(!model().selectedApp() && model().searchText().isEmpty());
         QCOMPARE(model().visibleOrphans(), QList<OrphanedAppGroup>{groups.at(1)});
         model().switchSidebarMode(SidebarMode::Installed);
@@ -352,34 +345,20 @@ private Q_SLOTS:
         model().setSelection(LeftoverCategory::caches, true);
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         QCOMPARE(model().selectedTotalSize(), 3000);
-    }
 
-    // The delete button and the confirmation count what is ticked in the result on screen, nothing else.
-    // "Items" stays plural for one item: that is the window's wording.
-    void sentencesAboutTheTickedItems_data()
-    {
-        QTest::addColumn<QList<int>>("ticked"); // indices into the result; -1 is an id from elsewhere
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("confirmation");
-        QTest::newRow("only a stale tick") << QList<int>{-1} << QStringLiteral("Move 0 Items to Trash")
-                                           << QStringLiteral("Review the scan results before moving items to the Trash.");
-        QTest::newRow("one") << QList<int>{2} << QStringLiteral("Move 1 Items to Trash")
-                             << QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes.");
-        QTest::newRow("three and a stale tick") << QList<int>{0, -1, 1, 2} << QStringLiteral("Move 3 Items to Trash")
-                                                << QStringLiteral("This will move 3 items (2 KB) to the Trash. You'll hear a sound when cleanup finishes.");
-    }
-
-    void sentencesAboutTheTickedItems()
-    {
-        QFETCH(QList<int>, ticked);
-        QFETCH(QString, button);
-        QFETCH(QString, confirmation);
-        const ScanResult result = scanAlpha(2);
-        model().deselectAll();
-        for (const int index : ticked)
-            model().toggleItemSelection(index < 0 ? QStringLiteral("/elsewhere") : result.items.at(index).id);
-        QCOMPARE(model().moveToTrashText(), button);
-        QCOMPARE(model().trashConfirmationText(), confirmation);
+        // The delete button and the confirmation count what is ticked in the result on screen, nothing
+        // else. "Items" stays plural for one item: that is the window's wording.
+        model().toggleItemSelection(QStringLiteral("/elsewhere"));
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 3 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(),
+                 QStringLiteral("This will move 3 items (3 KB) to the Trash. You'll hear a sound when cleanup finishes."));
+        model().setSelection(LeftoverCategory::caches, false);
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 1 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(),
+                 QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes."));
+        model().toggleItemSelection(result.items.at(1).id);
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 0 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(), QStringLiteral("Review the scan results before moving items to the Trash."));
     }
 
     // The sidebar search matches names and bundle identifiers, ignoring letter case, in both modes.
@@ -466,29 +445,22 @@ private Q_SLOTS:
 
     // The bundle is checked before anything moves: one that cannot go stops the run with everything still
     // ticked; once it has gone (even if moving it then failed) the app is treated as gone.
-    void deletingTheBundle_data()
-    {
-        QTest::addColumn<QString>("obstacle");
-        QTest::newRow("movable") << QString();
-        QTest::newRow("unmovable") << QStringLiteral("Nothing was moved: Alpha can't go to the Trash.");
-    }
-
     void deletingTheBundle()
     {
-        QFETCH(QString, obstacle);
         const InstalledApp beta = app(QStringLiteral("Beta"));
         const ScanResult result = resultOf(alpha, 1);
         loadAndScan({alpha, beta}, result);
         model().deleteSelectedItems();
         QVERIFY(model().isDeleting());
+        const QString obstacle = QStringLiteral("Nothing was moved: Alpha can't go to the Trash.");
+        fakes().removabilityChecks.finish(0, obstacle);
+        QVERIFY(!model().isDeleting() && fakes().trashRuns.count() == 0 && fakes().sounds == 0);
+        QCOMPARE(status(), obstacle);
+        QCOMPARE(model().selectedItems(), result.items);
+
+        model().deleteSelectedItems();
         QCOMPARE(fakes().trashRuns.count(), 0);
-        fakes().removabilityChecks.finish(0, obstacle.isEmpty() ? std::nullopt : std::optional(obstacle));
-        if (!obstacle.isEmpty()) {
-            QVERIFY(!model().isDeleting() && fakes().trashRuns.count() == 0 && fakes().sounds == 0);
-            QCOMPARE(status(), obstacle);
-            QCOMPARE(model().selectedItems(), result.items);
-            return;
-        }
+        fakes().removabilityChecks.finish(1, std::nullopt);
         fakes().trashRuns.finish(0, DeletionReport{{result.items.at(1)}, {{result.items.at(0), QStringLiteral("Busy")}}});
         fakes().discovery.finish(1, {beta, alpha});
         QCOMPARE(fakes().scans.count(), 1);
@@ -503,25 +475,15 @@ private Q_SLOTS:
     }
 
     // Told once per launch, appended to the scan's own line, with the settings button until the line changes.
-    void fullDiskAccessHint_data()
-    {
-        QTest::addColumn<bool>("refused");
-        QTest::newRow("refused") << true;
-        QTest::newRow("readable") << false;
-    }
-
     void fullDiskAccessHint()
     {
-        QFETCH(bool, refused);
         scanAlpha(1);
         QCOMPARE(fakes().accessChecks.count(), 1);
         QSignalSpy statusChanges(&model(), &AppViewModel::statusMessageChanged);
-        fakes().accessChecks.finish(0, refused);
-        QCOMPARE(model().offersFullDiskAccess(), refused);
-        QCOMPARE(status(), refused ? QStringLiteral("Found 2 related items (1 KB). Some Library folders were not readable: "
-                                                    "Full Disk Access for Kestrune lets it see everything.")
-                                   : QStringLiteral("Found 2 related items (1 KB)."));
-        QCOMPARE(statusChanges.count(), refused ? 1 : 0);
+        fakes().accessChecks.finish(0, true);
+        QVERIFY(model().offersFullDiskAccess() && statusChanges.count() == 1);
+        QCOMPARE(status(), QStringLiteral("Found 2 related items (1 KB). Some Library folders were not readable: "
+                                          "Full Disk Access for Kestrune lets it see everything."));
 
         model().scanSelectedApp();
         QVERIFY(!model().offersFullDiskAccess());
