@@ -43,7 +43,6 @@ KestruneTestCase {
 
     function test_dragsWithoutAFileUrlAreRefused_data() {
         return [{tag: "text", data: {text: "/Applications/Zeta Tools.app"}},
-                {tag: "image", data: {image: true}},
                 {tag: "web link", data: {urls: ["https://example.com/Zeta.app"], text: "Zeta"}}]
     }
     function test_dragsWithoutAFileUrlAreRefused(data) {
