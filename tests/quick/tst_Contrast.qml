@@ -25,29 +25,19 @@ KestruneTestCase {
             && item.font.family !== "Material Icons"
     }
 
-    // Visible, enabled texts with the part of their box that shows inside every clipping ancestor.
-    function collectTexts(item, root, out) {
-        if (!item)
-            return
-        if (!item.visible || item.opacity === 0)
-            return
-        if (isText(item) && item.enabled) {
-            let box = item.mapToItem(root, 0, 0, Math.min(item.width, Math.max(item.contentWidth, 1)), item.height)
-            let left = box.x, top = box.y, right = box.x + box.width, bottom = box.y + box.height
-            for (let a = item.parent; a && a !== root; a = a.parent) {
-                if (a.clip) {
-                    const c = a.mapToItem(root, 0, 0, a.width, a.height)
-                    left = Math.max(left, c.x); top = Math.max(top, c.y)
-                    right = Math.min(right, c.x + c.width); bottom = Math.min(bottom, c.y + c.height)
-                }
+    // The part of a text's box that shows inside the window and every clipping ancestor.
+    function shownBox(item, root) {
+        const box = item.mapToItem(root, 0, 0, Math.min(item.width, Math.max(item.contentWidth, 1)), item.height)
+        let left = Math.max(box.x, 0), top = Math.max(box.y, 0)
+        let right = Math.min(box.x + box.width, root.width), bottom = Math.min(box.y + box.height, root.height)
+        for (let a = item.parent; a && a !== root; a = a.parent) {
+            if (a.clip) {
+                const c = a.mapToItem(root, 0, 0, a.width, a.height)
+                left = Math.max(left, c.x); top = Math.max(top, c.y)
+                right = Math.min(right, c.x + c.width); bottom = Math.min(bottom, c.y + c.height)
             }
-            left = Math.max(left, 0); top = Math.max(top, 0)
-            right = Math.min(right, root.width); bottom = Math.min(bottom, root.height)
-            if (right - left >= 4 && bottom - top >= 4)
-                out.push({ item: item, left: Math.floor(left), top: Math.floor(top), right: Math.floor(right), bottom: Math.floor(bottom) })
         }
-        for (let i = 0; i < item.children.length; ++i)
-            collectTexts(item.children[i], root, out)
+        return { item: item, left: Math.floor(left), top: Math.floor(top), right: Math.floor(right), bottom: Math.floor(bottom) }
     }
 
     function opacityOf(item) {
@@ -80,8 +70,8 @@ KestruneTestCase {
         const root = window.contentItem
         waitForRendering(root)
         const image = grabImage(root)
-        const texts = []
-        collectTexts(subtree, root, texts)
+        const texts = collect(subtree, (item) => isText(item) && item.enabled && opacityOf(item) > 0)
+            .map((item) => shownBox(item, root)).filter((box) => box.right - box.left >= 4 && box.bottom - box.top >= 4)
         verify(texts.length > 0, what + ": texts found")
         const poor = []
         for (const entry of texts) {

@@ -12,7 +12,7 @@ KestruneTestCase {
     Component { id: appRowComponent; AppRowView {} }
     Component { id: orphanRowComponent; OrphanedAppRowView {} }
 
-    function test_installedListSearchAndSelection() {
+    function test_searchSelectionAndModes() {
         const sidebar = makeView(sidebarComponent)
         const model = sidebar.viewModel
         const list = findChild(sidebar, "appList")
@@ -31,22 +31,19 @@ KestruneTestCase {
         model.searchText = "no such app"
         tryVerify(() => named(sidebar, "noApps").length === 1)
         verify(!list.visible)
-    }
 
-    function test_removedModeShowsEveryGradeOnRequest() {
-        const sidebar = makeView(sidebarComponent)
-        const model = sidebar.viewModel
+        // The removed mode shows each grade on request, in a colour of its own (which colour is the
+        // theme's table).
         mouseClick(findChild(sidebar, "modeButton1"))
         compare(model.sidebarMode, SidebarMode.Removed)
         tryVerify(() => !model.isScanningOrphans && model.orphanedGroups.count > 0, 20000)
-        const list = findChild(sidebar, "orphanList")
-        tryVerify(() => list.visible)
-        // Each tag shown, each grade in a colour of its own (which colour is the theme's table).
+        const groups = findChild(sidebar, "orphanList")
+        tryVerify(() => groups.visible)
         const grades = () => {
             const seen = {}
-            for (let i = 0; i < list.count; ++i) {
-                list.currentIndex = i
-                const tag = findChild(list.currentItem, "gradeTag")
+            for (let i = 0; i < groups.count; ++i) {
+                groups.currentIndex = i
+                const tag = findChild(groups.currentItem, "gradeTag")
                 seen[tag.text] = tag.color
             }
             return seen
