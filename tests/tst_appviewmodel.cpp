@@ -406,9 +406,11 @@ private Q_SLOTS:
     }
 
     // Each run's line, the sound when anything moved, and the rescan of an app still installed, which
-    // ticks what is left. A run that moves everything is putBack's first.
+    // ticks what is left. A run that moves everything is putBack's first. A warning line names the path
+    // once: GIO's own messages already name it.
     void deletionOutcome()
     {
+        const auto warning = [this] { return model().lastDeletionReportValue().failures.value(0).toMap().value(QStringLiteral("line")).toString(); };
         const ScanResult result = scanAlpha(3);
         model().toggleItemSelection(result.items.at(0).id); // the bundle stays
         model().deleteSelectedItems();
@@ -417,6 +419,7 @@ private Q_SLOTS:
         fakes().trashRuns.finish(0, DeletionReport{result.items.mid(1, 2), {{result.items.at(3), QStringLiteral("Permission denied")}}});
         QVERIFY(!model().isDeleting());
         QCOMPARE(status(), QStringLiteral("Moved 2 items to Trash. 1 could not be removed."));
+        QCOMPARE(warning(), result.items.at(3).path() + QStringLiteral(": Permission denied"));
         QCOMPARE(fakes().sounds, 1);
         QCOMPARE(fakes().scans.count(), 1); // the rescan waits for the reload
 
@@ -427,7 +430,9 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), left.items);
         model().toggleItemSelection(left.items.at(0).id);
         model().deleteSelectedItems();
-        fakes().trashRuns.finish(1, DeletionReport{{}, {{left.items.at(1), QStringLiteral("Permission denied")}}});
+        const QString named = QStringLiteral("Unable to trash file “%1”: Permission denied").arg(left.items.at(1).path());
+        fakes().trashRuns.finish(1, DeletionReport{{}, {{left.items.at(1), named}}});
+        QCOMPARE(warning(), named);
         QCOMPARE(status(), QStringLiteral("Moved 0 items to Trash. 1 could not be removed."));
         QCOMPARE(fakes().sounds, 1);
     }
@@ -549,20 +554,6 @@ private Q_SLOTS:
         fakes().removabilityChecks.finish(0, std::nullopt);
         fakes().trashRuns.finish(1, DeletionReport{{}, {{result.items.at(0), QStringLiteral("Busy")}}});
         QVERIFY(!model().canPutBack() && !model().lastPutBackReport());
-    }
-
-    // A warning line names the path once: GIO's own messages already name it.
-    void failureLinesNameThePathOnce()
-    {
-        const LeftoverItem locked = item(QStringLiteral("/Library/Caches/locked"));
-        const LeftoverItem busy = item(QStringLiteral("/Library/Caches/busy"));
-        const DeletionReport report{{}, {{locked, QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied")},
-                                         {busy, QStringLiteral("Device or resource busy")}}};
-        QStringList lines;
-        for (const QVariant &failure : DeletionReportValue(report).failures)
-            lines.append(failure.toMap().value(QStringLiteral("line")).toString());
-        QCOMPARE(lines, (QStringList{"Unable to trash file “/Library/Caches/locked”: Permission denied",
-                                     "/Library/Caches/busy: Device or resource busy"}));
     }
 
     // Dropped while the removed mode shows a group and a search is typed.
