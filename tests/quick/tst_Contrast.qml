@@ -84,8 +84,8 @@ KestruneTestCase {
         compare(poor, [], what)
     }
 
-    // Both modes with the update banner showing.
-    function test_installedMode() {
+    // Both modes, in one window with the update banner showing.
+    function test_window() {
         compare(AppTheme.isDark, harness.expectsDarkScheme, "the window follows the desktop's scheme")
         const window = openWindow({offeredVersion: "9.0.0"})
         const model = window.viewModel
@@ -115,11 +115,7 @@ KestruneTestCase {
         model.deleteSelectedItems()
         tryVerify(() => model.canPutBack, 10000)
         expectReadable(window, findChild(window.contentItem, "statusBar"), "the status bar with Put Back")
-    }
 
-    function test_removedMode() {
-        const window = openWindow({offeredVersion: "9.0.0"})
-        const model = window.viewModel
         model.showUncertainMatches = true
         mouseClick(findChild(window.contentItem, "modeButton1"))
         tryVerify(() => !model.isScanningOrphans && model.selectedOrphan.valid, 20000)
