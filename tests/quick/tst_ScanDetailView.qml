@@ -49,7 +49,8 @@ KestruneTestCase {
         tryVerify(() => findChild(detail, "scanButton").enabled)
         mouseClick(findChild(detail, "scanButton"))
         tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
-        tryVerify(() => named(detail, "introPanel").length === 0)
+        waitForRendering(detail)
+        verify(named(detail, "introPanel").length === 0)
         verify(findChild(detail, "selectAllButton").visible)
 
         mouseClick(findChild(detail, "deselectAllButton"))
