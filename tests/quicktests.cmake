@@ -3,7 +3,7 @@
 # the platform's own palette, and once more under a dark desktop colour scheme given the way a desktop
 # gives it, through the qt6ct platform theme, so the window meets a palette it did not choose.
 if(KESTRUNE_BUILD_UI)
-    add_executable(tst_quick quick/main.cpp quick/QuickHarness.h quick/QuickHarness.cpp)
+    add_executable(tst_quick quick/main.cpp)
     target_link_libraries(tst_quick PRIVATE kestrune-test-support kestrune-qml kestrune-qmlplugin Qt6::QuickTest)
     target_compile_definitions(tst_quick PRIVATE QUICK_TEST_SOURCE_DIR="${CMAKE_CURRENT_SOURCE_DIR}/quick")
     add_test(NAME tst_quick COMMAND tst_quick -input ${CMAKE_CURRENT_SOURCE_DIR}/quick)

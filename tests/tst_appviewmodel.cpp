@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Futures.h"
 #include "TestSupport.h"
 #include "state/AppViewModel.h"
 
@@ -71,17 +72,6 @@ struct Fakes {
         return s;
     }
 };
-
-// A task that has already ended (makeReadyFuture would split a list into many results).
-template<typename T>
-QFuture<T> finished(const T &value)
-{
-    QPromise<T> promise;
-    promise.start();
-    promise.addResult(value);
-    promise.finish();
-    return promise.future();
-}
 
 InstalledApp app(const QString &name)
 {
@@ -186,6 +176,10 @@ private Q_SLOTS:
         fakes().scans.finish(0, resultOf(apps.at(0), 2));
         QCOMPARE(model().selectedItems(), resultOf(apps.at(0), 2).items);
         QCOMPARE(status(), QStringLiteral("Found 3 related items (2 KB)."));
+        // Every Library folder readable: the line stays as it is.
+        QSignalSpy statusChanges(&model(), &AppViewModel::statusMessageChanged);
+        fakes().accessChecks.finish(0, false);
+        QVERIFY(statusChanges.isEmpty() && !model().offersFullDiskAccess());
 
         // A reload keeps the earlier record of an app still installed, and its result and ticks.
         InstalledApp grown = apps.at(0);
@@ -270,32 +264,20 @@ private Q_SLOTS:
         QVERIFY(!ready.isScanningOrphans());
     }
 
-    void removedScanStatus_data()
-    {
-        QTest::addColumn<QList<OrphanConfidence>>("grades");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<int>("selectedIndex");
-        using C = OrphanConfidence;
-        QTest::newRow("two of five hidden") << QList<C>{C::high, C::medium, C::medium, C::uncertain, C::uncertain}
-                                            << QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden.") << 0;
-        QTest::newRow("one hidden") << QList<C>{C::uncertain, C::high}
-                                    << QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden.") << 1;
-        QTest::newRow("none") << QList<C>{} << QStringLiteral("No confident leftovers from removed apps were found.") << -1;
-    }
-
     void removedScanStatus()
     {
-        QFETCH(QList<OrphanConfidence>, grades);
-        QFETCH(QString, expected);
-        QFETCH(int, selectedIndex);
-        QList<OrphanedAppGroup> groups;
-        for (int i = 0; i < grades.size(); ++i)
-            groups.append(group(QStringLiteral("G%1").arg(i), grades.at(i), i + 1));
-        model().switchSidebarMode(SidebarMode::Removed);
-        fakes().removedScans.finish(0, groups);
-        QCOMPARE(status(), expected);
-        QCOMPARE(model().selectedOrphan(), selectedIndex < 0 ? std::nullopt : std::optional(groups.at(selectedIndex)));
-        QCOMPARE(model().selectedItemIDs().size(), selectedIndex + 1); // every item of the selected group
+        using C = OrphanConfidence;
+        const QList<OrphanedAppGroup> groups{group(QStringLiteral("High"), C::high, 3), group(QStringLiteral("Med"), C::medium),
+                                             group(QStringLiteral("Med2"), C::medium), group(QStringLiteral("Low"), C::uncertain),
+                                             group(QStringLiteral("Low2"), C::uncertain)};
+        enterRemovedMode(groups);
+        QCOMPARE(status(), QStringLiteral("Showing 3 removed app matches. 2 uncertain matches hidden."));
+        QCOMPARE(model().selectedOrphan(), groups.at(0));
+        QCOMPARE(model().selectedItemIDs().size(), 3); // every item of the selected group
+        model().scanForRemovedApps();
+        fakes().removedScans.finish(1, {});
+        QCOMPARE(status(), QStringLiteral("No confident leftovers from removed apps were found."));
+        QVERIFY(!model().selectedOrphan() && model().selectedItemIDs().isEmpty());
     }
 
     void modeSwitchReusesGroups()
@@ -305,6 +287,7 @@ private Q_SLOTS:
         scanAlpha(1);
         model().setSearchText(QStringLiteral("al"));
         enterRemovedMode(groups);
+        QCOMPARE(status(), QStringLiteral("Showing 1 removed app match. 1 uncertain match hidden."));
         QVERIFY(!model().selectedApp() && model().searchText().isEmpty());
         QCOMPARE(model().visibleOrphans(), QList<OrphanedAppGroup>{groups.at(1)});
         model().switchSidebarMode(SidebarMode::Installed);
@@ -362,34 +345,20 @@ private Q_SLOTS:
         model().setSelection(LeftoverCategory::caches, true);
         QCOMPARE(model().selectedItems(), result.items.mid(1));
         QCOMPARE(model().selectedTotalSize(), 3000);
-    }
 
-    // The delete button and the confirmation count what is ticked in the result on screen, nothing else.
-    // "Items" stays plural for one item: that is the window's wording.
-    void sentencesAboutTheTickedItems_data()
-    {
-        QTest::addColumn<QList<int>>("ticked"); // indices into the result; -1 is an id from elsewhere
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("confirmation");
-        QTest::newRow("only a stale tick") << QList<int>{-1} << QStringLiteral("Move 0 Items to Trash")
-                                           << QStringLiteral("Review the scan results before moving items to the Trash.");
-        QTest::newRow("one") << QList<int>{2} << QStringLiteral("Move 1 Items to Trash")
-                             << QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes.");
-        QTest::newRow("three and a stale tick") << QList<int>{0, -1, 1, 2} << QStringLiteral("Move 3 Items to Trash")
-                                                << QStringLiteral("This will move 3 items (2 KB) to the Trash. You'll hear a sound when cleanup finishes.");
-    }
-
-    void sentencesAboutTheTickedItems()
-    {
-        QFETCH(QList<int>, ticked);
-        QFETCH(QString, button);
-        QFETCH(QString, confirmation);
-        const ScanResult result = scanAlpha(2);
-        model().deselectAll();
-        for (const int index : ticked)
-            model().toggleItemSelection(index < 0 ? QStringLiteral("/elsewhere") : result.items.at(index).id);
-        QCOMPARE(model().moveToTrashText(), button);
-        QCOMPARE(model().trashConfirmationText(), confirmation);
+        // The delete button and the confirmation count what is ticked in the result on screen, nothing
+        // else. "Items" stays plural for one item: that is the window's wording.
+        model().toggleItemSelection(QStringLiteral("/elsewhere"));
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 3 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(),
+                 QStringLiteral("This will move 3 items (3 KB) to the Trash. You'll hear a sound when cleanup finishes."));
+        model().setSelection(LeftoverCategory::caches, false);
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 1 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(),
+                 QStringLiteral("This will move 1 items (1 KB) to the Trash. You'll hear a sound when cleanup finishes."));
+        model().toggleItemSelection(result.items.at(1).id);
+        QCOMPARE(model().moveToTrashText(), QStringLiteral("Move 0 Items to Trash"));
+        QCOMPARE(model().trashConfirmationText(), QStringLiteral("Review the scan results before moving items to the Trash."));
     }
 
     // The sidebar search matches names and bundle identifiers, ignoring letter case, in both modes.
@@ -436,69 +405,56 @@ private Q_SLOTS:
         QCOMPARE(model().selectedItems(), result.items);
     }
 
-    void deletionOutcome_data()
-    {
-        QTest::addColumn<int>("moved");
-        QTest::addColumn<int>("failed");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("all moved") << 3 << 0 << QStringLiteral("Moved 3 items to Trash.");
-        QTest::newRow("one failed") << 2 << 1 << QStringLiteral("Moved 2 items to Trash. 1 could not be removed.");
-        QTest::newRow("none moved") << 0 << 2 << QStringLiteral("Moved 0 items to Trash. 2 could not be removed.");
-    }
-
+    // Each run's line, the sound when anything moved, and the rescan of an app still installed, which
+    // ticks what is left. A run that moves everything is putBack's first. A warning line names the path
+    // once: GIO's own messages already name it.
     void deletionOutcome()
     {
-        QFETCH(int, moved);
-        QFETCH(int, failed);
-        QFETCH(QString, expected);
-        const ScanResult result = scanAlpha(moved + failed);
+        const auto warning = [this] { return model().lastDeletionReportValue().failures.value(0).toMap().value(QStringLiteral("line")).toString(); };
+        const ScanResult result = scanAlpha(3);
         model().toggleItemSelection(result.items.at(0).id); // the bundle stays
-        const QList<LeftoverItem> sent = result.items.mid(1);
-
         model().deleteSelectedItems();
         QVERIFY(model().isDeleting() && status() == QStringLiteral("Moving selected items to Trash…"));
-        QCOMPARE(fakes().trashedItems, QList<QList<LeftoverItem>>{sent});
-        DeletionReport outcome{sent.mid(0, moved), {}};
-        for (const LeftoverItem &i : sent.mid(moved))
-            outcome.failed.append({i, QStringLiteral("Permission denied")});
-        fakes().trashRuns.finish(0, outcome);
+        QCOMPARE(fakes().trashedItems, QList<QList<LeftoverItem>>{result.items.mid(1)});
+        fakes().trashRuns.finish(0, DeletionReport{result.items.mid(1, 2), {{result.items.at(3), QStringLiteral("Permission denied")}}});
         QVERIFY(!model().isDeleting());
-        QCOMPARE(status(), expected);
-        QCOMPARE(fakes().sounds, moved > 0 ? 1 : 0);
+        QCOMPARE(status(), QStringLiteral("Moved 2 items to Trash. 1 could not be removed."));
+        QCOMPARE(warning(), result.items.at(3).path() + QStringLiteral(": Permission denied"));
+        QCOMPARE(fakes().sounds, 1);
         QCOMPARE(fakes().scans.count(), 1); // the rescan waits for the reload
 
-        // The app is still installed, so it is scanned again and its remaining items ticked.
         fakes().discovery.finish(1, {alpha});
         QCOMPARE(fakes().scans.count(), 2);
-        fakes().scans.finish(1, resultOf(alpha, failed));
-        QCOMPARE(model().selectedItems(), resultOf(alpha, failed).items);
+        const ScanResult left = resultOf(alpha, 1);
+        fakes().scans.finish(1, left);
+        QCOMPARE(model().selectedItems(), left.items);
+        model().toggleItemSelection(left.items.at(0).id);
+        model().deleteSelectedItems();
+        const QString named = QStringLiteral("Unable to trash file “%1”: Permission denied").arg(left.items.at(1).path());
+        fakes().trashRuns.finish(1, DeletionReport{{}, {{left.items.at(1), named}}});
+        QCOMPARE(warning(), named);
+        QCOMPARE(status(), QStringLiteral("Moved 0 items to Trash. 1 could not be removed."));
+        QCOMPARE(fakes().sounds, 1);
     }
 
     // The bundle is checked before anything moves: one that cannot go stops the run with everything still
     // ticked; once it has gone (even if moving it then failed) the app is treated as gone.
-    void deletingTheBundle_data()
-    {
-        QTest::addColumn<QString>("obstacle");
-        QTest::newRow("movable") << QString();
-        QTest::newRow("unmovable") << QStringLiteral("Nothing was moved: Alpha can't go to the Trash.");
-    }
-
     void deletingTheBundle()
     {
-        QFETCH(QString, obstacle);
         const InstalledApp beta = app(QStringLiteral("Beta"));
         const ScanResult result = resultOf(alpha, 1);
         loadAndScan({alpha, beta}, result);
         model().deleteSelectedItems();
         QVERIFY(model().isDeleting());
+        const QString obstacle = QStringLiteral("Nothing was moved: Alpha can't go to the Trash.");
+        fakes().removabilityChecks.finish(0, obstacle);
+        QVERIFY(!model().isDeleting() && fakes().trashRuns.count() == 0 && fakes().sounds == 0);
+        QCOMPARE(status(), obstacle);
+        QCOMPARE(model().selectedItems(), result.items);
+
+        model().deleteSelectedItems();
         QCOMPARE(fakes().trashRuns.count(), 0);
-        fakes().removabilityChecks.finish(0, obstacle.isEmpty() ? std::nullopt : std::optional(obstacle));
-        if (!obstacle.isEmpty()) {
-            QVERIFY(!model().isDeleting() && fakes().trashRuns.count() == 0 && fakes().sounds == 0);
-            QCOMPARE(status(), obstacle);
-            QCOMPARE(model().selectedItems(), result.items);
-            return;
-        }
+        fakes().removabilityChecks.finish(1, std::nullopt);
         fakes().trashRuns.finish(0, DeletionReport{{result.items.at(1)}, {{result.items.at(0), QStringLiteral("Busy")}}});
         fakes().discovery.finish(1, {beta, alpha});
         QCOMPARE(fakes().scans.count(), 1);
@@ -513,25 +469,15 @@ private Q_SLOTS:
     }
 
     // Told once per launch, appended to the scan's own line, with the settings button until the line changes.
-    void fullDiskAccessHint_data()
-    {
-        QTest::addColumn<bool>("refused");
-        QTest::newRow("refused") << true;
-        QTest::newRow("readable") << false;
-    }
-
     void fullDiskAccessHint()
     {
-        QFETCH(bool, refused);
         scanAlpha(1);
         QCOMPARE(fakes().accessChecks.count(), 1);
         QSignalSpy statusChanges(&model(), &AppViewModel::statusMessageChanged);
-        fakes().accessChecks.finish(0, refused);
-        QCOMPARE(model().offersFullDiskAccess(), refused);
-        QCOMPARE(status(), refused ? QStringLiteral("Found 2 related items (1 KB). Some Library folders were not readable: "
-                                                    "Full Disk Access for Kestrune lets it see everything.")
-                                   : QStringLiteral("Found 2 related items (1 KB)."));
-        QCOMPARE(statusChanges.count(), refused ? 1 : 0);
+        fakes().accessChecks.finish(0, true);
+        QVERIFY(model().offersFullDiskAccess() && statusChanges.count() == 1);
+        QCOMPARE(status(), QStringLiteral("Found 2 related items (1 KB). Some Library folders were not readable: "
+                                          "Full Disk Access for Kestrune lets it see everything."));
 
         model().scanSelectedApp();
         QVERIFY(!model().offersFullDiskAccess());
@@ -576,6 +522,8 @@ private Q_SLOTS:
         const QStringList trashed{"/T/files/2", "/T/files/1", "/T/files/0"};
         QSignalSpy canPutBack(&model(), &AppViewModel::canPutBackChanged);
         fakes().trashRuns.finish(0, DeletionReport{leftovers, {}, trashed});
+        QCOMPARE(status(), QStringLiteral("Moved 3 items to Trash."));
+        QCOMPARE(fakes().sounds, 1);
         QVERIFY(model().canPutBack() && canPutBack.count() == 1);
         fakes().discovery.finish(1, {alpha});
         fakes().scans.finish(1, resultOf(alpha, 0));
@@ -608,22 +556,7 @@ private Q_SLOTS:
         QVERIFY(!model().canPutBack() && !model().lastPutBackReport());
     }
 
-    // A warning line names the path once: GIO's own messages already name it.
-    void failureLinesNameThePathOnce()
-    {
-        const LeftoverItem locked = item(QStringLiteral("/Library/Caches/locked"));
-        const LeftoverItem busy = item(QStringLiteral("/Library/Caches/busy"));
-        const DeletionReport report{{}, {{locked, QStringLiteral("Unable to trash file “/Library/Caches/locked”: Permission denied")},
-                                         {busy, QStringLiteral("Device or resource busy")}}};
-        QStringList lines;
-        for (const QVariant &failure : DeletionReportValue(report).failures)
-            lines.append(failure.toMap().value(QStringLiteral("line")).toString());
-        QCOMPARE(lines, (QStringList{"Unable to trash file “/Library/Caches/locked”: Permission denied",
-                                     "/Library/Caches/busy: Device or resource busy"}));
-    }
-
-    // Dropped while the removed mode shows a group and a search is typed. A document is refused by
-    // name in tst_AppDropZoneView.
+    // Dropped while the removed mode shows a group and a search is typed.
     void droppedApps()
     {
         QTemporaryDir folder;
@@ -634,9 +567,12 @@ private Q_SLOTS:
         const auto ticks = model().selectedItemIDs();
         QSignalSpy statusSpy(&model(), &AppViewModel::statusMessageChanged);
         QSignalSpy processing(&model(), &AppViewModel::isDropProcessingChanged);
-        // The drop zone ignores the extension's letter case, the bundle reader does not: only the status line changes.
+        // A file that is no bundle, and a bundle the reader refuses (the drop zone ignores the
+        // extension's letter case, the reader does not): only the status line changes.
+        model().handleDroppedApp(QUrl::fromLocalFile(folder.filePath(QStringLiteral("DropMe.app/Contents/Info.plist"))));
+        QCOMPARE(status(), QStringLiteral("Please drop a macOS app bundle (.app)."));
         model().handleDroppedApp(QUrl::fromLocalFile(folder.filePath(QStringLiteral("Shout.APP"))));
-        QTRY_COMPARE(statusSpy.count(), 1);
+        QTRY_COMPARE(statusSpy.count(), 2);
         QCOMPARE(status(), QStringLiteral("Could not read the dropped app."));
         QCOMPARE(model().sidebarMode(), SidebarMode::Removed);
         QCOMPARE(model().selectedItemIDs(), ticks);

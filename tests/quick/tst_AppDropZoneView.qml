@@ -3,14 +3,15 @@ import QtQuick
 import QtTest
 import Kestrune
 
-Item {
-    id: root
+// Real drag events through the window, as another program's drag arrives. What the state object makes
+// of a dropped file is tst_appviewmodel's.
+KestruneTestCase {
+    name: "AppDropZoneView"
     width: 640; height: 420
 
     Component {
         id: zoneComponent
         AppDropZoneView {
-            id: zone
             width: 560
             property AppViewModel viewModel
             isProcessing: viewModel.isDropProcessing
@@ -18,60 +19,39 @@ Item {
         }
     }
 
-    TestCase {
-        name: "AppDropZoneView"
-        when: windowShown
+    function appUrl(bundle) { return "file://" + harness.applicationPath(bundle) }
 
-        function makeZone(compact) {
-            const model = harness.newViewModel()
-            return createTemporaryObject(zoneComponent, root, {viewModel: model, compact: compact})
-        }
+    function test_dragOfAnAppLeavingAndDropped() {
+        const zone = makeView(zoneComponent, {}, false)
+        const target = findChild(zone, "dropTarget")
+        const area = findChild(zone, "dropArea")
+        verify(!zone.isTargeted)
+        verify(harness.dragOver(target, {urls: [appUrl("Zeta Tools.app")]}))
+        verify(zone.isTargeted)
+        compare(area.border.width, 2)
+        harness.dragAway(target)
+        verify(!zone.isTargeted)
+        compare(area.border.width, 0)
+        verify(!zone.viewModel.isDropProcessing)
 
-        // Real drag events through the window, as another program's drag arrives.
-        function test_realDragOfAnApp() {
-            const zone = makeZone(false)
-            const target = findChild(zone, "dropTarget")
-            verify(!zone.isTargeted)
-            verify(harness.dragOver(target, {urls: ["https://example.com/page", harness.applicationUrl("Zeta Tools.app"),
-                                                    harness.applicationUrl("Brightline.app")]}))
-            verify(zone.isTargeted)
-            compare(findChild(zone, "dropArea").border.width, 2)
-            verify(harness.dropOn(target))
-            verify(!zone.isTargeted)
-            tryVerify(() => zone.viewModel.selectedApp.valid && zone.viewModel.selectedApp.name === "Zeta Tools", 10000)
-        }
+        verify(harness.dragOver(target, {urls: ["https://example.com/page", appUrl("Zeta Tools.app"), appUrl("Brightline.app")]}))
+        verify(zone.isTargeted)
+        verify(harness.dropOn(target))
+        verify(!zone.isTargeted)
+        tryVerify(() => zone.viewModel.selectedApp.valid && zone.viewModel.selectedApp.name === "Zeta Tools", 10000)
+    }
 
-        function test_dragLeavingRestoresTheIdleLook() {
-            const zone = makeZone(true)
-            const target = findChild(zone, "dropTarget")
-            verify(harness.dragOver(target, {urls: [harness.applicationUrl("Zeta Tools.app")]}))
-            verify(zone.isTargeted)
-            harness.dragAway(target)
-            verify(!zone.isTargeted)
-            compare(findChild(zone, "dropArea").border.width, 0)
-            verify(!zone.viewModel.isDropProcessing)
-        }
-
-        function test_dragsWithoutAFileUrlAreRefused_data() {
-            return [{tag: "text", data: {text: "/Applications/Zeta Tools.app"}},
-                    {tag: "image", data: {image: true}},
-                    {tag: "web link", data: {urls: ["https://example.com/Zeta.app"], text: "Zeta"}}]
-        }
-        function test_dragsWithoutAFileUrlAreRefused(data) {
-            const zone = makeZone(false)
-            const target = findChild(zone, "dropTarget")
-            verify(!harness.dragOver(target, data.data))
-            verify(!zone.isTargeted)
-            verify(!harness.dropOn(target))
-            verify(!zone.viewModel.isDropProcessing)
-            verify(!zone.viewModel.selectedApp.valid)
-        }
-
-        function test_aFileThatIsNoAppIsNamedInTheStatus() {
-            const zone = makeZone(false)
-            verify(zone.handleDrop([harness.applicationUrl("Zeta Tools.app/Contents/Info.plist")]))
-            compare(zone.viewModel.statusMessage, "Please drop a macOS app bundle (.app).")
-            verify(!zone.viewModel.selectedApp.valid)
-        }
+    function test_dragsWithoutAFileUrlAreRefused_data() {
+        return [{tag: "text", data: {text: "/Applications/Zeta Tools.app"}},
+                {tag: "web link", data: {urls: ["https://example.com/Zeta.app"], text: "Zeta"}}]
+    }
+    function test_dragsWithoutAFileUrlAreRefused(data) {
+        const zone = makeView(zoneComponent, {}, false)
+        const target = findChild(zone, "dropTarget")
+        verify(!harness.dragOver(target, data.data))
+        verify(!zone.isTargeted)
+        verify(!harness.dropOn(target))
+        verify(!zone.viewModel.isDropProcessing)
+        verify(!zone.viewModel.selectedApp.valid)
     }
 }

@@ -6,12 +6,8 @@ import Kestrune
 // Every text the window shows, in each mode, against what is drawn behind it: the background is read
 // from the rendered window (the most common colour in the text's box), the text's colour from the item
 // with its opacity. Run under the platform's palette and again under a dark desktop scheme.
-TestCase {
-    id: testCase
+KestruneTestCase {
     name: "Contrast"
-    when: windowShown
-
-    Component { id: windowComponent; Main {} }
 
     function channel(v) { return v <= 0.03928 ? v / 12.92 : Math.pow((v + 0.055) / 1.055, 2.4) }
     function luminance(c) { return 0.2126 * channel(c.r) + 0.7152 * channel(c.g) + 0.0722 * channel(c.b) }
@@ -29,29 +25,19 @@ TestCase {
             && item.font.family !== "Material Icons"
     }
 
-    // Visible, enabled texts with the part of their box that shows inside every clipping ancestor.
-    function collectTexts(item, root, out) {
-        if (!item)
-            return
-        if (!item.visible || item.opacity === 0)
-            return
-        if (isText(item) && item.enabled) {
-            let box = item.mapToItem(root, 0, 0, Math.min(item.width, Math.max(item.contentWidth, 1)), item.height)
-            let left = box.x, top = box.y, right = box.x + box.width, bottom = box.y + box.height
-            for (let a = item.parent; a && a !== root; a = a.parent) {
-                if (a.clip) {
-                    const c = a.mapToItem(root, 0, 0, a.width, a.height)
-                    left = Math.max(left, c.x); top = Math.max(top, c.y)
-                    right = Math.min(right, c.x + c.width); bottom = Math.min(bottom, c.y + c.height)
-                }
+    // The part of a text's box that shows inside the window and every clipping ancestor.
+    function shownBox(item, root) {
+        const box = item.mapToItem(root, 0, 0, Math.min(item.width, Math.max(item.contentWidth, 1)), item.height)
+        let left = Math.max(box.x, 0), top = Math.max(box.y, 0)
+        let right = Math.min(box.x + box.width, root.width), bottom = Math.min(box.y + box.height, root.height)
+        for (let a = item.parent; a && a !== root; a = a.parent) {
+            if (a.clip) {
+                const c = a.mapToItem(root, 0, 0, a.width, a.height)
+                left = Math.max(left, c.x); top = Math.max(top, c.y)
+                right = Math.min(right, c.x + c.width); bottom = Math.min(bottom, c.y + c.height)
             }
-            left = Math.max(left, 0); top = Math.max(top, 0)
-            right = Math.min(right, root.width); bottom = Math.min(bottom, root.height)
-            if (right - left >= 4 && bottom - top >= 4)
-                out.push({ item: item, left: Math.floor(left), top: Math.floor(top), right: Math.floor(right), bottom: Math.floor(bottom) })
         }
-        for (let i = 0; i < item.children.length; ++i)
-            collectTexts(item.children[i], root, out)
+        return { item: item, left: Math.floor(left), top: Math.floor(top), right: Math.floor(right), bottom: Math.floor(bottom) }
     }
 
     function opacityOf(item) {
@@ -84,8 +70,8 @@ TestCase {
         const root = window.contentItem
         waitForRendering(root)
         const image = grabImage(root)
-        const texts = []
-        collectTexts(subtree, root, texts)
+        const texts = collect(subtree, (item) => isText(item) && item.enabled && opacityOf(item) > 0)
+            .map((item) => shownBox(item, root)).filter((box) => box.right - box.left >= 4 && box.bottom - box.top >= 4)
         verify(texts.length > 0, what + ": texts found")
         const poor = []
         for (const entry of texts) {
@@ -98,34 +84,19 @@ TestCase {
         compare(poor, [], what)
     }
 
-    function cleanup() {
-        harness.offeredVersion = ""
-        harness.trashMoves = false
-    }
-
-    // With the update banner showing.
-    function openWindow() {
-        harness.offeredVersion = "9.0.0"
-        const window = createTemporaryObject(windowComponent, null, {viewModel: harness.newViewModel()})
-        tryVerify(() => !window.viewModel.isLoadingApps && window.viewModel.apps.count > 0, 10000)
-        return window
-    }
-
-    function test_followsTheDesktopScheme() {
-        compare(AppTheme.isDark, harness.expectsDarkScheme)
-    }
-
-    function test_installedMode() {
-        const window = openWindow()
+    // Both modes, in one window with the update banner showing.
+    function test_window() {
+        compare(AppTheme.isDark, harness.expectsDarkScheme, "the window follows the desktop's scheme")
+        const window = openWindow({offeredVersion: "9.0.0"})
         const model = window.viewModel
         expectReadable(window, window.contentItem, "installed mode, nothing scanned")
-        model.searchText = "Zeta"
-        const list = findChild(window.contentItem, "appList")
-        tryCompare(list, "count", 1)
-        mouseClick(list.itemAtIndex(0))
-        model.scanSelectedApp()
-        tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
-        model.searchText = ""
+        const menu = window.menuBar.item.menuAt(0)
+        menu.open()
+        tryVerify(() => menu.opened)
+        expectReadable(window, menu.contentItem.parent, "the menu")
+        menu.close()
+        tryVerify(() => !menu.visible)
+        scan(window, "Zeta Tools.app")
         expectReadable(window, window.contentItem, "installed mode, scanned")
 
         model.confirmDelete()
@@ -140,16 +111,11 @@ TestCase {
         expectReadable(window, window.contentItem, "after a refused removal")
         // Now every item moves: the status bar offers Put Back.
         harness.trashMoves = true
-        model.scanSelectedApp()
-        tryVerify(() => !model.isScanning && model.scanResult.valid, 20000)
+        scan(window, "Zeta Tools.app")
         model.deleteSelectedItems()
         tryVerify(() => model.canPutBack, 10000)
         expectReadable(window, findChild(window.contentItem, "statusBar"), "the status bar with Put Back")
-    }
 
-    function test_removedMode() {
-        const window = openWindow()
-        const model = window.viewModel
         model.showUncertainMatches = true
         mouseClick(findChild(window.contentItem, "modeButton1"))
         tryVerify(() => !model.isScanningOrphans && model.selectedOrphan.valid, 20000)
@@ -161,14 +127,5 @@ TestCase {
             mouseClick(list.itemAtIndex(i))
             expectReadable(window, list, "removed mode, row " + i + " selected")
         }
-    }
-
-    function test_menu() {
-        const window = openWindow()
-        const menu = window.menuBar.item.menuAt(0)
-        menu.open()
-        tryVerify(() => menu.opened)
-        expectReadable(window, menu.contentItem.parent, "the menu")
-        menu.close()
     }
 }
