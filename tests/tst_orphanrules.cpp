@@ -54,6 +54,7 @@ private Q_SLOTS:
         const std::optional<O> dropped, high = O::high, medium = O::medium;
         const std::tuple<bool, QList<C>, std::optional<O>, const char *> cases[] = {
             {false, {C::containers, C::preferences}, dropped, "no identifier, no support"},
+            {true, {C::preferences}, dropped, "a preference file alone"},
             {false, {C::applicationSupport, C::caches}, high, "Strong match across 2 locations: Application Support, Caches."},
             {true, {C::webKit, C::containers}, high, "Strong match across 2 locations: Containers, WebKit."},
             {true, {C::applicationSupport, C::applicationSupport}, high, "Strong match across 2 locations: Application Support."},

@@ -64,8 +64,9 @@ private Q_SLOTS:
         const QStringList claimed = {"Containers/com.Example.app", "Saved Application State/com.Example.app.savedState",
                                      "Preferences/com.Example.app.plist=Example Pro"};
         // While an app claims them, the same leftovers are never reported; the sample Mac has identifiers
-        // in other case, longer ones and a display name in other case.
+        // in other case and longer ones.
         QTest::newRow("installed: same identifier") << claimed + QStringList{"App:Example.app|Example|com.Example.app"} << QStringList();
+        QTest::newRow("installed: display name, other case") << claimed + QStringList{"App:Other.app|EXAMPLE PRO|org.other"} << QStringList();
         QTest::newRow("installed: bundle file name of an item") << claimed + QStringList{"App:com.example.app.app|Unrelated|"} << QStringList();
         QTest::newRow("installed: prefix needs the dot")
             << QStringList{"App:Example.app|Example|com.example.app", "Containers/com.example.application", "+HTTPStorages/com.example.app.binarycookies"}
