@@ -100,9 +100,8 @@ private Q_SLOTS:
             TestSupport::writeFile(at(QString::fromUtf8(path)) + QStringLiteral("/data"), "12345");
 
         const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict><key>Label</key><string>x</string>";
-        const QByteArray exe = "<string>/Applications/MyAppFile.app/Contents/MacOS/bin</string>";
         const QString agents = at(QStringLiteral("~/Library/LaunchAgents/"));
-        TestSupport::writeFile(agents + "com.other.agent.plist", head + "<key>Program</key>" + exe + "</dict></plist>");
+        TestSupport::writeFile(agents + "com.other.agent.plist", head + "<key>Program</key><string>/opt/MyApp Tools/run</string></dict></plist>");
         TestSupport::writeFile(agents + "com.other.broken.plist", head + "<key>");
 
         const QString big = at(QStringLiteral("/huge.bin"));
