@@ -17,7 +17,6 @@ class TestOrphanScan : public QObject {
     QString m_home;
 
     QString lib(const QString &relative) const { return m_home + QStringLiteral("/Library/") + relative; }
-    static QByteArray named(const QString &name) { return infoPlist({{QStringLiteral("CFBundleName"), name}}); }
 
     // "App:File.app|Name|id" installs an app, "+x" is a plain file, "@x" a dangling link, "x.plist=Name"
     // a preference file naming the app ("=<..." gives its bytes), anything else a folder of ten bytes.
@@ -33,7 +32,7 @@ class TestOrphanScan : public QObject {
             } else if (entry.startsWith(QLatin1Char('@'))) {
                 makeSymlink(QStringLiteral("/nowhere"), lib(entry.mid(1)));
             } else if (path.endsWith(QLatin1String(".plist"))) {
-                writeFile(lib(path), value.startsWith(QLatin1Char('<')) ? value.toUtf8() : value.isEmpty() ? infoPlist({}) : named(value));
+                writeFile(lib(path), value.startsWith(QLatin1Char('<')) ? value.toUtf8() : infoPlist({{QStringLiteral("CFBundleName"), value}}));
             } else {
                 writeFile(lib(entry) + QStringLiteral("/data"), QByteArray(10, 'x'));
             }
@@ -107,14 +106,14 @@ private Q_SLOTS:
             << QStringList{"com.example.gone|Gone|h1"};
         QTest::newRow("cases stay apart") << QStringList{"Containers/com.Example.App", "Containers/com.example.app"}
                                           << QStringList{"com.Example.App|App|h1", "com.example.app|App|h1"};
-        const auto tool = [](const QByteArray &plist) {
-            return QStringList{"Containers/com.example.tool", "Preferences/com.example.tool.plist=" + QString::fromUtf8(plist)};
-        };
-        // A name that is no string names nothing, but the file is still a leftover.
-        QTest::newRow("display name first") << tool(infoPlist({{"CFBundleName", "Short"}, {"CFBundleDisplayName", "Long Name"}}))
-                                            << QStringList{"com.example.tool|Long Name|h2"};
-        QTest::newRow("name not a string") << tool("<plist><dict><key>CFBundleName</key><integer>4</integer></dict></plist>")
-                                           << QStringList{"com.example.tool|Tool|h2"};
+        // The display name comes before the bundle name; a name that is no string names nothing, but the
+        // file is still a leftover.
+        QTest::newRow("names in preference files")
+            << QStringList{"Containers/com.example.tool", "Containers/com.example.count",
+                           "Preferences/com.example.tool.plist=<plist><dict><key>CFBundleName</key><string>Short</string>"
+                           "<key>CFBundleDisplayName</key><string>Long Name</string></dict></plist>",
+                           "Preferences/com.example.count.plist=<plist><dict><key>CFBundleName</key><integer>4</integer></dict></plist>"}
+            << QStringList{"com.example.tool|Long Name|h2", "com.example.count|Count|h2"};
     }
     void scan()
     {
