@@ -80,11 +80,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
-{
-    QCoreApplication application(argc, argv);
-    ScreenshotTourTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(ScreenshotTourTest)
 
 #include "tst_screenshottour.moc"
