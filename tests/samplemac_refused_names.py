@@ -16,12 +16,8 @@ make_folder = os.mkdir
 
 
 def utf8(name):
-    # Bytes that are not UTF-8 come back from the file system as lone surrogates.
-    try:
-        os.fsdecode(name).encode()
-    except UnicodeEncodeError:
-        return False
-    return True
+    # Bytes that are not UTF-8 come back from the file system as the surrogates U+DC80 to U+DCFF.
+    return not any("\udc80" <= c <= "\udcff" for c in os.fsdecode(name))
 
 
 def refusing_mkdir(path, *args, **kwargs):
