@@ -70,8 +70,8 @@ private Q_SLOTS:
         QTest::newRow("installed: prefix needs the dot")
             << QStringList{"App:Example.app|Example|com.example.app", "Containers/com.example.application", "+HTTPStorages/com.example.app.binarycookies"}
             << QStringList{"com.example.application|Application|h1"};
-        // Which names count as the system's is tst_orphanrules' table; here, that every pass asks. A
-        // display name that is an excluded folder name keeps its entries out too.
+        // Which names count as the system's is tst_orphanrules' and the sample Mac's; here, that every
+        // pass asks. A display name that is an excluded folder name keeps its entries out too.
         QTest::newRow("system entries") << QStringList{"Containers/com.apple.Safari", "Group Containers/group.com.apple.notes",
                                                        "Preferences/com.apple.finder.plist=Finder", "Caches/Finder Cache",
                                                        "Preferences/com.vendor.mailer.plist=Mail", "Containers/com.vendor.mailer"}
