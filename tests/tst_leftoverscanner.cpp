@@ -9,7 +9,6 @@
 #include <QTest>
 
 using Category = LeftoverCategory;
-Q_DECLARE_METATYPE(LeftoverCategory)
 
 class LeftoverScannerTest : public QObject
 {
@@ -22,27 +21,22 @@ class LeftoverScannerTest : public QObject
     // "~/x" is under the home, "/x" under the root.
     QString at(const QString &path) const { return path.startsWith(QLatin1Char('~')) ? m_home + path.mid(1) : m_root + path; }
 
-    InstalledApp makeApp(const QString &fileName, const QString &name, std::optional<QString> identifier) const
+    QHash<QString, LeftoverItem> scan(const QString &name, std::optional<QString> identifier, const QString &fileName = QString()) const
     {
-        const QString path = m_root + QStringLiteral("/Applications/") + fileName;
+        const QString path = m_root + QStringLiteral("/Applications/") + (fileName.isEmpty() ? name : fileName) + QStringLiteral(".app");
         TestSupport::writeFile(path + QStringLiteral("/Contents/MacOS/bin"), "bin");
-        return InstalledApp{path, name, QUrl::fromLocalFile(path), identifier, 3};
-    }
-
-    static QHash<QString, Category> scan(const InstalledApp &app)
-    {
-        QHash<QString, Category> found;
-        for (const LeftoverItem &item : LeftoverScannerService::scan(app).result().items)
-            found.insert(item.path(), item.category);
+        QHash<QString, LeftoverItem> found;
+        for (const LeftoverItem &item : LeftoverScannerService::scan({path, name, QUrl::fromLocalFile(path), identifier, 3}).result().items)
+            found.insert(item.path(), item);
         return found;
     }
 
-    // A Spotlight stand-in that records its arguments and prints the answer file.
-    void installMdfind(const QByteArray &answer, int exitCode = 0)
+    // A Spotlight stand-in that runs this script; "answer" prints the answer file and records the query.
+    void installMdfind(const QByteArray &script = "printf '%s' \"$*\" > query\ncat answer\n")
     {
-        TestSupport::writeFile(m_root + QStringLiteral("/answer"), answer);
-        TestSupport::writeFile(m_root + QStringLiteral("/usr/bin/mdfind"), "#!/bin/sh\ncd \"$(dirname \"$0\")/../..\"\nprintf '%s' \"$*\" > query\ncat answer\nexit " + QByteArray::number(exitCode) + "\n");
-        QFile::setPermissions(m_root + QStringLiteral("/usr/bin/mdfind"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QString tool = m_root + QStringLiteral("/usr/bin/mdfind");
+        TestSupport::writeFile(tool, "#!/bin/sh\ncd \"$(dirname \"$0\")/../..\"\n" + script);
+        QFile::setPermissions(tool, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
 private Q_SLOTS:
@@ -54,93 +48,94 @@ private Q_SLOTS:
         m_home = TestSupport::useSampleLayout(m_root);
     }
 
-    void searchTerms_data()
-    {
-        QTest::addColumn<QString>("identifier");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<bool>("found");
-        const QString go = QStringLiteral("com.example.go");
-        QTest::newRow("two-letter name dropped") << go << "Go" << "Gopher Tools" << false;
-        QTest::newRow("last two pieces, any case") << go << "Go" << "shared.EXAMPLE.Go.data" << true;
-        QTest::newRow("three-letter last piece") << "com.example.app" << "Thing" << "Happy App Data" << true;
-        QTest::newRow("single-piece identifier") << "myapp" << "Other" << "myapp-settings" << true;
-        QTest::newRow("name term") << "org.x.y" << "Fancy Tool" << "fancy tool backups" << true;
-        QTest::newRow("other vendor") << "com.acme.notes" << "Acme Notes" << "com.zeta.tools" << false;
-        QTest::newRow("every term too short") << "ab" << "Zz" << "xabzz" << false;
-    }
+    // A listed folder's entry belongs to the app when it holds a term: the identifier, its last piece
+    // or last two pieces, the name, in any case and only when longer than two characters.
     void searchTerms()
     {
-        QFETCH(QString, identifier);
-        QFETCH(QString, name);
-        QFETCH(QString, entry);
-        QFETCH(bool, found);
-        const QString path = at(QStringLiteral("~/Library/Group Containers/") + entry);
-        TestSupport::writeFile(path + QStringLiteral("/x"), "x");
-        const auto result = scan(makeApp(name + QStringLiteral(".app"), name, identifier));
-        QCOMPARE(result.value(path, Category::application), found ? Category::groupContainers : Category::application);
+        const std::tuple<const char *, const char *, const char *, bool> cases[] = {
+            {"com.example.go", "Go", "Gopher Tools", false},
+            {"com.example.go", "Go", "shared.EXAMPLE.Go.data", true},
+            {"com.example.app", "Thing", "Happy App Data", true},
+            {"myapp", "Other", "myapp-settings", true},
+            {"org.x.y", "Fancy Tool", "fancy tool backups", true}};
+        for (const auto &[identifier, name, entry, found] : cases) {
+            const QString path = at(QStringLiteral("~/Library/Group Containers/") + QLatin1String(entry));
+            TestSupport::writeFile(path + QStringLiteral("/x"), "x");
+            QVERIFY2(scan(QLatin1String(name), QLatin1String(identifier)).contains(path) == found, entry);
+        }
     }
 
-    // One row per location family, found by the known-location table or by listing the folder. The
-    // ByHost prefix includes the dot and is case-sensitive; listings skip hidden names and other vendors.
-    void locations_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<Category>("category");
-        const auto row = [](const char *path, Category category) { QTest::newRow(path) << QString::fromUtf8(path) << category; };
-        const Category absent = Category::application;
-        row("~/Library/Application Support/My App", Category::applicationSupport);
-        row("~/Library/Caches/MyAppFile", Category::caches);
-        row("~/Library/Preferences/com.example.MyApp.plist", Category::preferences);
-        row("~/Library/Preferences/com.example.MyApp.plist.lockfile", Category::preferences);
-        row("/Library/Preferences/com.example.MyApp.plist", Category::preferences);
-        row("~/Library/Preferences/ByHost/com.example.MyApp.ABCDEF.plist", Category::preferences);
-        row("~/Library/Preferences/ByHost/com.example.MyAppX.plist", absent);
-        row("~/Library/Preferences/ByHost/com.example.myapp.AB.plist", absent);
-        row("~/Library/Containers/com.example.MyApp", Category::containers);
-        row("~/Library/Logs/My App", Category::logs);
-        row("~/Library/Saved Application State/com.example.MyApp.savedState", Category::savedState);
-        row("~/Library/WebKit/com.example.MyApp", Category::webKit);
-        row("~/Library/HTTPStorages/com.example.MyApp", Category::httpStorages);
-        row("/Library/Internet Plug-Ins/My App.plugin", Category::plugins);
-        row("~/Library/PreferencePanes/My App.prefPane", Category::preferencePanes);
-        row("/Library/PrivilegedHelperTools/com.example.MyApp.helper", Category::privilegedHelperTools);
-        row("~/Library/Group Containers/MyApp Helper", Category::groupContainers);
-        row("/Library/LaunchAgents/MyApp Helper", Category::launchAgents);
-        row("/Library/LaunchDaemons/MyApp Helper", Category::launchDaemons);
-        row("/Library/LaunchDaemons/com.other.vendor", absent);
-        row("~/Library/Application Support/MyApp Helper", Category::applicationSupport);
-        row("~/Library/Caches/.myapp", absent);
-    }
+    // One tree for every location family, found by the known-location table, by listing the folder or
+    // by the launch items' contents. The ByHost prefix includes the dot and is case-sensitive; listings
+    // skip hidden names and other vendors. A launch item names the app by a top-level string; a
+    // malformed one does not. A link moves as itself and frees nothing, so it weighs nothing, and a
+    // dangling one is no leftover.
     void locations()
     {
-        QFETCH(QString, path);
-        QFETCH(Category, category);
-        TestSupport::writeFile(at(path) + QStringLiteral("/data"), "12345");
-        const auto found = scan(makeApp(QStringLiteral("MyAppFile.app"), QStringLiteral("My App"), QStringLiteral("com.example.MyApp")));
-        QCOMPARE(found.value(at(path), Category::application), category);
-    }
+        const Category absent = Category::application;
+        const QList<std::pair<const char *, Category>> rows = {
+            {"~/Library/Application Support/My App", Category::applicationSupport},
+            {"~/Library/Caches/MyAppFile", Category::caches},
+            {"~/Library/Preferences/com.example.MyApp.plist", Category::preferences},
+            {"~/Library/Preferences/com.example.MyApp.plist.lockfile", Category::preferences},
+            {"/Library/Preferences/com.example.MyApp.plist", Category::preferences},
+            {"~/Library/Preferences/ByHost/com.example.MyApp.ABCDEF.plist", Category::preferences},
+            {"~/Library/Preferences/ByHost/com.example.MyAppX.plist", absent},
+            {"~/Library/Preferences/ByHost/com.example.myapp.AB.plist", absent},
+            {"~/Library/Containers/com.example.MyApp", Category::containers},
+            {"~/Library/Logs/My App", Category::logs},
+            {"~/Library/Saved Application State/com.example.MyApp.savedState", Category::savedState},
+            {"~/Library/WebKit/com.example.MyApp", Category::webKit},
+            {"~/Library/HTTPStorages/com.example.MyApp", Category::httpStorages},
+            {"/Library/Internet Plug-Ins/My App.plugin", Category::plugins},
+            {"~/Library/PreferencePanes/My App.prefPane", Category::preferencePanes},
+            {"/Library/PrivilegedHelperTools/com.example.MyApp.helper", Category::privilegedHelperTools},
+            {"~/Library/Group Containers/MyApp Helper", Category::groupContainers},
+            {"/Library/LaunchAgents/MyApp Helper", Category::launchAgents},
+            {"/Library/LaunchDaemons/MyApp Helper", Category::launchDaemons},
+            {"/Library/LaunchDaemons/com.other.vendor", absent},
+            {"~/Library/Application Support/MyApp Helper", Category::applicationSupport},
+            {"~/Library/Caches/.myapp", absent}};
+        for (const auto &[path, category] : rows)
+            TestSupport::writeFile(at(QString::fromUtf8(path)) + QStringLiteral("/data"), "12345");
 
-    // A top-level string value names the app, and so does a program inside its bundle given only as
-    // ProgramArguments[0] (found after every other pass); a malformed file does not.
-    void launchItems()
-    {
         const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict><key>Label</key><string>x</string>";
-        const QByteArray exe = "<string>/Applications/MyApp.app/Contents/MacOS/MyApp</string>";
         const QString agents = at(QStringLiteral("~/Library/LaunchAgents/"));
-        TestSupport::writeFile(agents + "com.other.agent.plist", head + "<key>Program</key>" + exe + "</dict></plist>");
-        TestSupport::writeFile(agents + "com.other.nested.plist", head + "<key>ProgramArguments</key><array>" + exe + "</array></dict></plist>");
+        TestSupport::writeFile(agents + "com.other.agent.plist", head + "<key>Program</key><string>/opt/MyApp Tools/run</string></dict></plist>");
         TestSupport::writeFile(agents + "com.other.broken.plist", head + "<key>");
-        const auto found = scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.myapp")));
-        QCOMPARE(found.size(), 3);
-        QCOMPARE(found.value(agents + "com.other.agent.plist"), Category::launchAgents);
-        QCOMPARE(found.value(agents + "com.other.nested.plist"), Category::launchAgents);
+
+        const QString big = at(QStringLiteral("/huge.bin"));
+        TestSupport::writeFile(big);
+        QVERIFY(QFile::resize(big, 20'000'000'000));
+        TestSupport::writeFile(at(QStringLiteral("/folder/inside")), QByteArray(5000, 'x'));
+        TestSupport::makeSymlink(big, agents + "com.example.MyApp.plist");
+        TestSupport::makeSymlink(at(QStringLiteral("/folder")), at(QStringLiteral("~/Library/Caches/com.example.MyApp")));
+        TestSupport::makeSymlink(QStringLiteral("/nonexistent"), at(QStringLiteral("~/Library/Logs/com.example.MyApp")));
+
+        const auto found = scan(QStringLiteral("My App"), QStringLiteral("com.example.MyApp"), QStringLiteral("MyAppFile"));
+        QStringList expected, listed;
+        const auto check = [&](const QString &path, Category category) {
+            const QString shown = path.mid(m_root.size()) + u' ';
+            expected.append(shown + (category == absent ? QStringLiteral("-") : LeftoverCategories::rawValue(category)));
+            listed.append(shown + (found.contains(path) ? LeftoverCategories::rawValue(found.value(path).category) : QStringLiteral("-")));
+        };
+        for (const auto &[path, category] : rows)
+            check(at(QString::fromUtf8(path)), category);
+        check(agents + "com.other.agent.plist", Category::launchAgents);
+        check(agents + "com.other.broken.plist", absent);
+        check(agents + "com.example.MyApp.plist", Category::launchAgents);
+        check(at(QStringLiteral("~/Library/Caches/com.example.MyApp")), Category::caches);
+        check(at(QStringLiteral("~/Library/Logs/com.example.MyApp")), absent);
+        QCOMPARE(listed, expected);
+        QCOMPARE(found.value(agents + "com.example.MyApp.plist").size, 0);
+        QCOMPARE(found.value(at(QStringLiteral("~/Library/Caches/com.example.MyApp"))).size, 0);
     }
 
     // The first step to reach a path decides its category, even when Spotlight returns it again; what
-    // only Spotlight finds is filed by the Library folder in its path. Vanished paths, blank lines and
-    // dangling links are no leftovers.
-    void firstCategoryWinsAndOrder()
+    // only Spotlight finds is filed by the Library folder in its path. Vanished paths and blank lines are
+    // no leftovers, nor are the fragments Spotlight prints for a bundle whose name holds a line break:
+    // only absolute paths count, whatever the working folder is.
+    void spotlightAnswers()
     {
         const QStringList paths = {at("~/Library/Caches/com.example.MyApp"), at("~/Library/Containers/com.example.MyApp"),
                                    at("~/Library/LaunchAgents/com.example.MyApp.plist"), at("/Library/Application Support/MyApp"),
@@ -148,14 +143,20 @@ private Q_SLOTS:
                                    at("~/Downloads/MyApp copy.app")};
         for (const QString &path : paths)
             TestSupport::writeFile(path, "x");
-        TestSupport::makeSymlink(QStringLiteral("/nonexistent"), at(QStringLiteral("~/Library/Logs/com.example.MyApp")));
+        TestSupport::writeFile(at(QStringLiteral("~/Documents/letter.txt")), "x");
         QStringList answer = paths;
-        answer << QString() << at("~/Downloads/gone") << paths.at(2) << at("/Applications/MyApp.app");
-        installMdfind(answer.join(QLatin1Char('\n')).toUtf8());
+        answer << QString() << at("~/Downloads/gone") << paths.at(2) << at("/Applications/MyApp.app") << "Documents" << "./Documents"
+               << "../ann/Documents" << "~/Documents";
+        TestSupport::writeFile(m_root + QStringLiteral("/answer"), answer.join(QLatin1Char('\n')).toUtf8());
+        TestSupport::writeFile(at(QStringLiteral("/Applications/MyApp.app/Contents/MacOS/bin")), "bin");
+        installMdfind();
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_home));
         QStringList listed;
-        for (const LeftoverItem &item : LeftoverScannerService::scan(makeApp(QStringLiteral("MyApp.app"), QStringLiteral("MyApp"), QStringLiteral("com.example.MyApp"))).result().items)
-            listed.append(item.path().mid(m_root.size()) + QLatin1Char(' ') + QString::number(int(item.category)));
-        const auto row = [](const char *path, Category category) { return QLatin1String(path) + QLatin1Char(' ') + QString::number(int(category)); };
+        for (const LeftoverItem &item : LeftoverScannerService::scan(InstalledApp{at("/Applications/MyApp.app"), "MyApp", QUrl(), "com.example.MyApp", 3}).result().items)
+            listed.append(item.path().mid(m_root.size()) + QLatin1Char(' ') + LeftoverCategories::rawValue(item.category));
+        QDir::setCurrent(previous);
+        const auto row = [](const char *path, Category category) { return QLatin1String(path) + QLatin1Char(' ') + LeftoverCategories::rawValue(category); };
         QCOMPARE(listed, QStringList({row("/Applications/MyApp.app", Category::application),
                                       row("/Library/Application Support/MyApp", Category::applicationSupport),
                                       row("/Users/ann/Downloads/MyApp copy.app", Category::other),
@@ -187,61 +188,27 @@ private Q_SLOTS:
                 expected.insert(path, fragments.at(first).second);
             }
         }
-        installMdfind(expected.keys().join(QLatin1Char('\n')).toUtf8());
-        const auto found = scan(makeApp(QStringLiteral("Spot.app"), QStringLiteral("Spot"), QStringLiteral("com.example.spot")));
+        TestSupport::writeFile(m_root + QStringLiteral("/answer"), expected.keys().join(QLatin1Char('\n')).toUtf8());
+        installMdfind();
+        const auto found = scan(QStringLiteral("Spot"), QStringLiteral("com.example.spot"));
         for (auto it = expected.cbegin(); it != expected.cend(); ++it)
-            QCOMPARE(found.value(it.key(), Category::application), it.value());
+            QCOMPARE(found.value(it.key()).category, it.value());
     }
 
-    // A bundle whose name holds a line break makes Spotlight print fragments; only absolute paths
-    // are results, whatever the working folder is.
-    void spotlightKeepsOnlyAbsolutePaths()
+    // An index that never answers costs the scan its time-out, then nothing; a failing one (a quote
+    // makes the query malformed) adds nothing of what it printed.
+    void spotlightThatHangsOrFails()
     {
-        TestSupport::writeFile(at(QStringLiteral("~/Documents/letter.txt")), "x");
-        TestSupport::writeFile(at(QStringLiteral("~/Library/Caches/found")), "x");
-        installMdfind("Documents\n./Documents\n../ann/Documents\n~/Documents\n" + at(QStringLiteral("~/Library/Caches/found")).toUtf8() + '\n');
-        const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(m_home));
-        const auto found = scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q")));
-        QDir::setCurrent(previous);
-        QCOMPARE(found.keys().size(), 2);
-        QCOMPARE(found.value(at(QStringLiteral("~/Library/Caches/found"))), Category::caches);
-    }
-
-    // An index that never answers costs the scan its time-out, then nothing.
-    void spotlightThatHangsIsGivenUp()
-    {
-        TestSupport::writeFile(m_root + QStringLiteral("/usr/bin/mdfind"), "#!/bin/sh\nexec sleep 600\n");
-        QFile::setPermissions(m_root + QStringLiteral("/usr/bin/mdfind"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        installMdfind("exec sleep 600\n");
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q"))).size(), 1);
+        QCOMPARE(scan(QStringLiteral("Q"), QStringLiteral("com.example.q")).size(), 1);
         QVERIFY(timer.elapsed() < 60000);
-    }
 
-    // A launch agent that links to a huge file, or a cache that links to a folder, moves as a link and
-    // frees nothing, so it weighs nothing.
-    void linkedItemsCountAsLinks()
-    {
-        const QString big = at(QStringLiteral("/huge.bin"));
-        TestSupport::writeFile(big);
-        QVERIFY(QFile::resize(big, 20'000'000'000));
-        TestSupport::writeFile(at(QStringLiteral("/folder/inside")), QByteArray(5000, 'x'));
-        TestSupport::makeSymlink(big, at(QStringLiteral("~/Library/LaunchAgents/com.example.q.plist")));
-        TestSupport::makeSymlink(at(QStringLiteral("/folder")), at(QStringLiteral("~/Library/Caches/com.example.q")));
-        QHash<QString, qint64> sizes;
-        for (const LeftoverItem &item : LeftoverScannerService::scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("com.example.q"))).result().items)
-            sizes.insert(item.path(), item.size);
-        QCOMPARE(sizes.value(at(QStringLiteral("~/Library/LaunchAgents/com.example.q.plist")), -1), 0);
-        QCOMPARE(sizes.value(at(QStringLiteral("~/Library/Caches/com.example.q")), -1), 0);
-    }
-
-    // A quote makes the query malformed; the failing tool's output must not be taken.
-    void spotlightFailureAddsNothing()
-    {
         TestSupport::writeFile(at(QStringLiteral("/x")), "x");
-        installMdfind(at(QStringLiteral("/x")).toUtf8() + '\n', 1);
-        QCOMPARE(scan(makeApp(QStringLiteral("Q.app"), QStringLiteral("Q"), QStringLiteral("it's.quoted"))).size(), 1);
+        TestSupport::writeFile(m_root + QStringLiteral("/answer"), at(QStringLiteral("/x")).toUtf8());
+        installMdfind("cat answer\nexit 1\n");
+        QCOMPARE(scan(QStringLiteral("Q"), QStringLiteral("it's.quoted")).size(), 1);
     }
 
     void noIdentifierUsesNamesOnly()
@@ -250,33 +217,26 @@ private Q_SLOTS:
         const QStringList misses = {at("~/Library/Preferences/X.plist"), at("~/Library/Containers/X"), at("~/Library/Caches/.x-hidden")};
         for (const QString &path : hits + misses)
             TestSupport::writeFile(path, "x");
-        installMdfind(misses.join(QLatin1Char('\n')).toUtf8());
-        const auto found = scan(makeApp(QStringLiteral("X.app"), QStringLiteral("X"), std::nullopt));
+        TestSupport::writeFile(m_root + QStringLiteral("/answer"), misses.join(QLatin1Char('\n')).toUtf8());
+        installMdfind();
+        const auto found = scan(QStringLiteral("X"), std::nullopt);
         QCOMPARE(found.size(), hits.size() + 1);
         for (const QString &path : hits)
-            QCOMPARE(found.value(path, Category::application), Category::other);
+            QVERIFY2(found.contains(path) && found.value(path).category == Category::other, qPrintable(path));
     }
 
-    void emptyNamesNeverProposeLibraryFolders_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<std::optional<QString>>("identifier");
-        QTest::newRow("empty identifier") << "" << std::optional<QString>(QString());
-        QTest::newRow("dot-dot") << ".." << std::optional<QString>(QStringLiteral(".."));
-        QTest::newRow("no identifier, empty name") << "" << std::optional<QString>();
-    }
+    // An empty name or identifier, or "..", would put the Library folder itself (or its parent) into
+    // the result.
     void emptyNamesNeverProposeLibraryFolders()
     {
-        QFETCH(QString, name);
-        QFETCH(std::optional<QString>, identifier);
         for (const char *folder : {"Application Support", "Caches", "Logs", "Containers", "WebKit", "HTTPStorages",
                                    "PrivilegedHelperTools", "Preferences/ByHost"}) {
             TestSupport::writeFile(at(QStringLiteral("~/Library/") + QLatin1String(folder) + QStringLiteral("/com.other/x")), "x");
             TestSupport::writeFile(at(QStringLiteral("/Library/") + QLatin1String(folder) + QStringLiteral("/com.other/x")), "x");
         }
-        const QString path = m_root + QStringLiteral("/Applications/.app");
-        TestSupport::makeFolder(path);
-        QCOMPARE(scan(InstalledApp{path, name, QUrl::fromLocalFile(path), identifier, 0}).keys(), QStringList{path});
+        for (const auto &[name, identifier] : {std::pair(QString(), std::optional(QString())), std::pair(QStringLiteral(".."), std::optional(QStringLiteral(".."))),
+                                               std::pair(QString(), std::optional<QString>())})
+            QCOMPARE(scan(name, identifier).keys(), QStringList{m_root + QStringLiteral("/Applications/") + name + QStringLiteral(".app")});
     }
 };
 
