@@ -5,7 +5,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QPromise>
-#include <QProcess>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 #include <QSignalSpy>
@@ -110,6 +109,26 @@ ScanResult resultOf(const InstalledApp &a, int leftovers)
 
 } // namespace
 
+// The child process of exitWithAResultUndelivered: leaves with a task still running.
+int exitWithATaskUnderWay(const QStringList &)
+{
+    int argc = 1;
+    char name[] = "child", *argv[] = {name, nullptr};
+    QCoreApplication application(argc, argv);
+    Fakes fakes;
+    AppViewModelServices services = fakes.services();
+    services.discoverInstalledApps = [] {
+        return QtConcurrent::run([] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            return QList<InstalledApp>{};
+        });
+    };
+    AppViewModel exiting(services);
+    exiting.loadApps();
+    QThreadPool::globalInstance()->waitForDone();
+    return 0;
+}
+
 class AppViewModelTest : public QObject {
     Q_OBJECT
 
@@ -213,32 +232,7 @@ private Q_SLOTS:
 
     // The window closed mid-task: at exit Qt destroys the result still waiting in the event queue
     // while it holds the queue's lock, and the model must post nothing then or the program never ends.
-    void exitWithAResultUndelivered()
-    {
-        if (qEnvironmentVariableIsSet("KESTRUNE_EXIT_CHILD")) {
-            AppViewModelServices services = fakes().services();
-            services.discoverInstalledApps = [] {
-                return QtConcurrent::run([] {
-                    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-                    return QList<InstalledApp>{};
-                });
-            };
-            AppViewModel exiting(services);
-            exiting.loadApps();
-            QThreadPool::globalInstance()->waitForDone();
-            return;
-        }
-        QProcess child;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("KESTRUNE_EXIT_CHILD"), QStringLiteral("1"));
-        child.setProcessEnvironment(environment);
-        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("exitWithAResultUndelivered")});
-        const bool ended = child.waitForFinished(20000);
-        if (!ended)
-            child.kill();
-        QVERIFY2(ended, "the program hung on its way out");
-        QCOMPARE(child.exitCode(), 0);
-    }
+    void exitWithAResultUndelivered() { QCOMPARE(TestSupport::runChild({}).exitCode, 0); }
 
     void tasksDoneBeforeTheCallReturnsStillShowTheirProgress()
     {
@@ -631,5 +625,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppViewModelTest)
+KESTRUNE_TEST_MAIN_WITH_CHILD(AppViewModelTest, exitWithATaskUnderWay)
 #include "tst_appviewmodel.moc"

@@ -145,10 +145,8 @@ private Q_SLOTS:
         makeFolder(lib(QStringLiteral("Containers/com.example.empty")));
         const QList<OrphanedAppGroup> groups = OrphanedLeftoverScannerService::scan().result();
         QCOMPARE(summary(groups), (QStringList{"com.example.empty|Empty|h1", "com.example.big|Big|m4"}));
-        QStringList paths;
-        for (const LeftoverItem &item : groups.at(1).items)
-            paths.append(item.path().mid(lib(QString()).size()));
-        QCOMPARE(paths, (QStringList{"Caches/com.example.big", "Caches/com.example.big.a", "Caches/com.example.big.B", "Preferences/com.example.big.plist"}));
+        QCOMPARE(pathsOf(groups.at(1).items), (QStringList{lib("Caches/com.example.big"), lib("Caches/com.example.big.a"),
+                                                           lib("Caches/com.example.big.B"), lib("Preferences/com.example.big.plist")}));
         QCOMPARE(groups.at(1).evidenceSummary, QStringLiteral("Related files in 4 locations: Caches, Preferences."));
         QCOMPARE(groups.at(0).totalSize(), 0);
     }
