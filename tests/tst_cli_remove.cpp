@@ -95,17 +95,15 @@ private Q_SLOTS:
                       LeftoverItem::at(m_paths.at(1), LeftoverCategory::caches, 2)};
     }
 
-    // Refusals, a declined prompt and a dry run: each leaves every item in place.
+    // Refusals, a declined prompt and a dry run: each leaves every item in place. Refusing without a
+    // terminal and an unknown group are tst_cli_reference's cases.
     void nothingMoves_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("typed"); // null: no terminal
         QTest::addColumn<int>("exitCode");
         QTest::newRow("nothing named") << QStringList{"--yes"} << QByteArray() << 2;
-        // Without a terminal to ask on and without --yes, it refuses rather than guess.
-        QTest::newRow("no terminal, no --yes") << QStringList{"--orphan", "com.example.gone", "--json"} << QByteArray() << 2;
         QTest::newRow("unknown target") << QStringList{"Nowhere", "--yes"} << QByteArray() << 1;
-        QTest::newRow("unknown group") << QStringList{"--orphan", "com.example.other", "--yes", "--json"} << QByteArray() << 1;
         QTest::newRow("declined") << QStringList{"--orphan", "com.example.gone"} << QByteArray("\n") << 1;
         QTest::newRow("dry run") << QStringList{"--orphan", "com.example.gone", "--dry-run", "--json"} << QByteArray() << 0;
     }
