@@ -8,9 +8,12 @@
 #include "services/DeletionService.h"
 
 #include <QDir>
+#include <QFile>
 #include <QScopeGuard>
 #include <QStorageInfo>
 #include <QTest>
+
+#include <unistd.h>
 
 #include <cstdio>
 
