@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The removed-app scan over a generated sample Mac, held to the generator's own expectations. Grades,
-// order, non-UTF-8 names and the literal reading are tst_orphanrules' and tst_orphanscan's cases; the
-// groups as the command line shows them are tst_cli_reference's.
+// The removed-app scan over a generated sample Mac, held to the generator's own expectations, which
+// carry most of the grade rules; the rest of the grades, order, non-UTF-8 names and the literal reading
+// are tst_orphanrules' and tst_orphanscan's cases; the groups as the command line shows them are
+// tst_cli_reference's.
 #include "TestSupport.h"
 #include "services/AppDiscoveryService.h"
 #include "services/OrphanedLeftoverScannerService.h"
